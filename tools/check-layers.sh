@@ -26,7 +26,7 @@ while IFS=: read -r file line _; do
     *) complain "$file:$line: widgets outside windows/ and app/" ;;
   esac
 done < <(grep -rnE '^#include <Q(Application|Dialog|Widget|MainWindow|MessageBox|[A-Za-z]*(Button|View|Box|Label|Layout|Edit|Browser|Menu|ToolBar|Splitter|Action))>' \
-  --include='*.h' --include='*.cpp' "${!rank[@]}" 2>/dev/null)
+  --include='*.h' --include='*.cpp' "${!rank[@]}" 2>/dev/null | grep -vE '<Q(String|ByteArray|Utf8String|AnyString)View>')
 
 [ "$bad" = 0 ] && echo "layers: clean"
 exit "$bad"
