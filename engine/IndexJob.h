@@ -1,0 +1,80 @@
+// Brings an index in step with the disk: creates it, adds, renews and removes documents.
+// SPDX-License-Identifier: AGPL-3.0-or-later
+#pragma once
+
+#include "engine/index/IndexFile.h"
+#include "engine/readers/DocumentSink.h"
+
+#include <QString>
+#include <QStringList>
+
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <vector>
+
+namespace engine {
+
+// Told of a job's progress on the thread that called Execute, at most some thirty times a second.
+class StatusHandler {
+  public:
+    virtual ~StatusHandler() = default;
+    virtual void ReceiveProgress(int percent) = 0; // of the whole job, 0 to 100
+    // 1 start, 2 creating the index, 3 looking for what has changed, 4 reading, 5 taking out
+    // words, 6 adding words, 7 compressing, 8 done
+    virtual void ReceiveStep(int step) = 0;
+    // A file that has been read: its machine path, as a person sees it; percentDone of that file.
+    virtual void ReceiveFileInfo(const QString& name, int percentDone) = 0;
+    [[nodiscard]] virtual bool CheckForAbort() = 0;
+};
+
+// A document that could not be read, or only in part; or a folder that could not be looked at.
+struct Problem {
+    QString file;   // machine path; members as path>…|member
+    ReadState state = ReadState::Failed;
+    QString reason; // short English clause
+};
+
+struct IndexReport {
+    bool aborted = false;
+    std::uint64_t added = 0, changed = 0, removed = 0, unchanged = 0; // files
+    std::uint64_t documents = 0; // written in this run, members of containers included
+    std::vector<Problem> problems; // of this run
+    // Set when the job could not go on; what was committed before stays.
+    std::optional<IndexFault> fault;
+    QString faultText; // the system's words
+};
+
+// Paths are logical paths in any case. Fields are set by the caller before Execute.
+struct IndexJob {
+    QString IndexPath;         // folder of the index; made when missing
+    QString IndexName;         // for people; not used to find the index
+    bool ActionCreate = false; // a new index in place of the old one
+    bool ActionAdd = true;
+    bool ActionCompress = false;
+    bool ActionRemoveDeleted = false; // documents whose files are gone leave the index
+    bool ActionRemoveListed = false;
+    QString ToAddFileListName; // text file, UTF-8: a path a line, "<+>" behind a folder
+    QString ToRemoveListName;  // text file, UTF-8: a path a line
+    QStringList ToRemoveFolders; // every document below leaves, whether its file is there or not
+    QString IncludeFilters = QStringLiteral("*");
+    QString ExcludeFilters;
+    QString AlphabetFile;      // may be missing
+    QString WorkerProgram;     // machine path of velmora-worker; empty: beside this program
+    int Workers = 0;           // 0: as many as there are cores
+    int TimeLimit = 120;       // seconds that reading one file may take
+    engine::StatusHandler* StatusHandler = nullptr; // may be null
+
+    // Runs to the end on threads of its own while this one tells the handler. Never throws.
+    [[nodiscard]] IndexReport Execute() const;
+};
+
+// What stands in the index as not or only partly readable, below a folder (logical path; empty:
+// everything), in the order of names. Throws IndexError.
+[[nodiscard]] std::vector<Problem> ListProblems(const QString& indexPath, const QString& alphabetFile,
+                                                const QString& folder = {});
+
+// Machine path of the worker program: beside the running executable.
+[[nodiscard]] QString DefaultWorkerProgram();
+
+} // namespace engine

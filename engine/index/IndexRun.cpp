@@ -1,0 +1,514 @@
+// From the disk into the index: scan, read in workers, write.
+// SPDX-License-Identifier: AGPL-3.0-or-later
+#include "engine/index/IndexRun.h"
+
+#include "engine/index/ReadTask.h"
+#include "engine/readers/ReadRequest.h"
+#include "engine/readers/Reader.h"
+#include "engine/readers/TextRecorder.h"
+#include "platform/LogicalPath.h"
+#include "workers/Pool.h"
+
+#include <sqlite3.h>
+
+#include <algorithm>
+#include <thread>
+#include <utility>
+
+namespace engine {
+namespace {
+
+constexpr std::size_t kWorkerMemory = std::size_t{1} << 30;
+
+QString PathText(const std::string& bytes) {
+    return platform::DecodeName(QByteArray::fromStdString(bytes));
+}
+
+std::string PathBytes(const QString& logical) {
+    return platform::EncodeName(platform::ToMachine(logical)).toStdString();
+}
+
+// The logical name in capitals as the index keeps it: the marks that part container and member
+// are reserved.
+std::string IndexName(const QString& machinePath) {
+    QString name = platform::Capitals(platform::ToLogical(machinePath));
+    name.replace(QLatin1Char('>'), QChar(0xF03E)).replace(QLatin1Char('|'), QChar(0xF07C));
+    return name.toStdString();
+}
+
+// The chunks of a document as they come out of the queue.
+class QueuedChunks final : public ChunkSource {
+  public:
+    QueuedChunks(ReadQueue& queue, IncomingDocument& document)
+        : m_queue(queue), m_document(document) {}
+    bool Next(TextChunk& chunk) override {
+        if (!m_queue.TakeChunk(m_document, m_bytes))
+            return false;
+        chunk = UnpackChunk(m_bytes);
+        m_words += chunk.wordCount;
+        return true;
+    }
+    const DocumentEnd& End() override {
+        if (m_document.broken) {
+            m_document.end.state = ReadState::Failed;
+            m_document.end.reason = "the reader gave up in the middle";
+            m_document.end.words = m_words;
+        }
+        return m_document.end;
+    }
+
+  private:
+    ReadQueue& m_queue;
+    IncomingDocument& m_document;
+    std::string m_bytes;
+    std::uint64_t m_words = 0;
+};
+
+// A document of which only the name is known.
+class NameChunk final : public ChunkSource {
+  public:
+    NameChunk(const Alphabet& alphabet, const std::string& name, ReadState state,
+              const std::string& reason) {
+        Tokenizer tokenizer(alphabet);
+        TextRecorder recorder(tokenizer, WordRule::Letters, [this](const TextChunk& chunk) {
+            m_bytes = Pack(chunk);
+        });
+        recorder.Text(name);
+        m_end = recorder.End(state, reason);
+    }
+    bool Next(TextChunk& chunk) override {
+        if (m_bytes.empty() || std::exchange(m_given, true))
+            return false;
+        chunk = UnpackChunk(m_bytes);
+        return true;
+    }
+    const DocumentEnd& End() override { return m_end; }
+
+  private:
+    std::string m_bytes;
+    bool m_given = false;
+    DocumentEnd m_end;
+};
+
+// A row without text, to be replaced.
+class NoChunks final : public ChunkSource {
+  public:
+    bool Next(TextChunk&) override { return false; }
+    const DocumentEnd& End() override { return m_end; }
+
+  private:
+    DocumentEnd m_end;
+};
+
+std::string Words(workers::Ending ending, const std::string& message) {
+    switch (ending) {
+    case workers::Ending::CannotOpen:
+        return message;
+    case workers::Ending::Crashed:
+        return "the reader crashed (" + message + ")";
+    case workers::Ending::TimedOut:
+        return "the reader took too long";
+    case workers::Ending::OutOfMemory:
+        return "the reader ran out of memory";
+    case workers::Ending::BadAnswer:
+        return "the reader gave a wrong answer (" + message + ")";
+    default:
+        return message.empty() ? "the reader gave up" : message;
+    }
+}
+
+} // namespace
+
+std::string ReadAlphabetFile(const QString& logicalPath) {
+    if (logicalPath.isEmpty())
+        return {};
+    const QString path = platform::ToMachine(logicalPath);
+    if (!platform::IsFile(path))
+        return {};
+    const platform::FileContent content = platform::ReadFile(path);
+    if (!content.error.Ok())
+        throw IndexError(IndexFault::NoRights,
+                         (path + QStringLiteral(": ") + content.error.text).toStdString());
+    return content.bytes.toStdString();
+}
+
+std::string AlphabetOf(const QString& logicalPath) {
+    try {
+        return Alphabet::Parse(ReadAlphabetFile(logicalPath)).Canonical();
+    } catch (const AlphabetError& error) {
+        throw IndexError(IndexFault::Other,
+                         platform::DisplayPath(logicalPath).toStdString() + ", " + error.what());
+    }
+}
+
+IndexRun::IndexRun(const IndexJob& job, Progress& progress, IndexReport& report)
+    : m_job(job), m_progress(progress), m_report(report) {}
+
+void IndexRun::Run() {
+    m_progress.SetStep(1);
+    (void)AlphabetOf(m_job.AlphabetFile); // a clear message before anything is touched
+    m_alphabetText = ReadAlphabetFile(m_job.AlphabetFile);
+    m_alphabet = Alphabet::Parse(m_alphabetText);
+    const QString folder = platform::ToMachine(m_job.IndexPath);
+    if (folder.isEmpty())
+        throw IndexError(IndexFault::Missing, m_job.IndexPath.toStdString());
+    if (const auto error = platform::CreateFolders(folder); !error.Ok())
+        throw IndexError(error.code == ENOSPC ? IndexFault::DiskFull : IndexFault::NoRights,
+                         (folder + QStringLiteral(": ") + error.text).toStdString());
+    const std::string file =
+        platform::EncodeName(folder + QLatin1Char('/')).toStdString() + kIndexFileName;
+    const WriterLock lock(file);
+    const bool exists = platform::Exists(PathText(file));
+    if (m_job.ActionCreate && exists)
+        RebuildInto(file);
+    else
+        RunInto(file, !exists);
+}
+
+// The new index grows beside the old one and is then copied over it by the database itself, which
+// keeps those out who are searching: at any moment one whole index is there.
+void IndexRun::RebuildInto(const std::string& indexFile) {
+    const std::string fresh = indexFile + ".new";
+    const auto removeFresh = [&] {
+        for (const char* suffix : {"", "-wal", "-shm", "-journal"})
+            (void)platform::RemoveFile(PathText(fresh + suffix));
+    };
+    removeFresh();
+    RunInto(fresh, true);
+    if (m_report.aborted) {
+        m_store.reset();
+        m_index.reset();
+        removeFresh();
+        return;
+    }
+    {
+        sqlite::Database target;
+        try {
+            target = sqlite::Database(indexFile, {sqlite::OpenMode::Create, std::chrono::seconds(30)});
+            (void)target.ReadPragmaInt("schema_version");
+        } catch (const sqlite::Error& error) {
+            if (error.Kind() != sqlite::ErrorKind::Corrupt)
+                throw;
+            // What stands there is no index any more.
+            target = {};
+            for (const char* suffix : {"", "-wal", "-shm", "-journal"})
+                (void)platform::RemoveFile(PathText(indexFile + suffix));
+            target = sqlite::Database(indexFile, {sqlite::OpenMode::Create, std::chrono::seconds(30)});
+        }
+        sqlite3_backup* backup =
+            sqlite3_backup_init(target.Handle(), "main", m_index->Db().Handle(), "main");
+        if (backup == nullptr)
+            throw sqlite::Error::Last(target.Handle(), SQLITE_ERROR);
+        sqlite3_backup_step(backup, -1);
+        if (const int rc = sqlite3_backup_finish(backup); rc != SQLITE_OK)
+            throw sqlite::Error::Last(target.Handle(), rc);
+    }
+    m_store.reset();
+    m_index.reset();
+    removeFresh();
+}
+
+void IndexRun::RunInto(const std::string& indexFile, bool created) {
+    if (created)
+        m_progress.SetStep(2);
+    m_index = std::make_unique<IndexFile>(indexFile, IndexMode::Create, m_alphabet.Canonical());
+    m_store = std::make_unique<DocumentStore>(*m_index, m_alphabet);
+    try {
+        if (m_job.ActionRemoveListed && !m_job.ToRemoveListName.isEmpty())
+            RemoveListed();
+        for (const QString& folder : m_job.ToRemoveFolders)
+            RemoveFolder(folder);
+        m_progress.SetStep(3);
+        const NameFilter filter(m_job.IncludeFilters.toStdString(), m_job.ExcludeFilters.toStdString());
+        FolderScan scan(*m_index, filter, [this] { return !m_progress.Aborted(); });
+        m_scan = &scan;
+        if (m_job.ActionAdd && !m_job.ToAddFileListName.isEmpty())
+            ReadAddList(scan);
+        if (m_job.ActionRemoveDeleted && !created)
+            scan.FindDeleted();
+        if (m_job.ActionRemoveDeleted && !m_progress.Aborted()) {
+            for (const std::int64_t id : scan.deleted) {
+                m_store->Remove(id);
+                m_store->CommitIfDue();
+                ++m_report.removed;
+            }
+        }
+        for (const ScanProblem& problem : scan.problems)
+            m_report.problems.push_back(
+                {PathText(problem.path), ReadState::Failed, QString::fromStdString(problem.reason)});
+        m_report.unchanged = scan.unchanged;
+        ReadFiles(scan);
+        scan.StorePlaces();
+        m_store->Commit();
+        Compress();
+    } catch (...) {
+        m_store->Rollback();
+        throw;
+    }
+    m_report.aborted = m_progress.Aborted();
+    m_progress.SetPercent(100);
+    m_progress.SetStep(8);
+}
+
+void IndexRun::ReadAddList(FolderScan& scan) const {
+    const platform::FileContent list =
+        platform::ReadFile(platform::ToMachine(m_job.ToAddFileListName));
+    if (!list.error.Ok())
+        throw IndexError(IndexFault::Other, list.error.text.toStdString());
+    for (QString line : QString::fromUtf8(list.bytes).split(QLatin1Char('\n'))) {
+        if (line.endsWith(QLatin1Char('\r')))
+            line.chop(1);
+        if (line.isEmpty())
+            continue;
+        const bool tree = line.endsWith(QLatin1String("<+>"));
+        if (tree)
+            line.chop(3);
+        const std::string path = PathBytes(line);
+        if (path.empty())
+            scan.problems.push_back({line.toStdString(), "there is no such place on this machine"});
+        else if (tree)
+            scan.AddTree(path);
+        else
+            scan.AddFile(path);
+    }
+}
+
+void IndexRun::RemoveListed() {
+    const platform::FileContent list = platform::ReadFile(platform::ToMachine(m_job.ToRemoveListName));
+    if (!list.error.Ok())
+        throw IndexError(IndexFault::Other, list.error.text.toStdString());
+    sqlite::Statement find(m_index->Db(), "SELECT id FROM document WHERE name = ?1 AND parent = 0",
+                           sqlite::Use::Often);
+    for (QString line : QString::fromUtf8(list.bytes).split(QLatin1Char('\n'))) {
+        if (line.endsWith(QLatin1Char('\r')))
+            line.chop(1);
+        if (line.isEmpty() || m_progress.Aborted())
+            continue;
+        line = platform::Capitals(line);
+        line.replace(QLatin1Char('>'), QChar(0xF03E)).replace(QLatin1Char('|'), QChar(0xF07C));
+        std::vector<std::int64_t> ids;
+        find.Bind(1, line.toStdString());
+        while (find.Step())
+            ids.push_back(find.Int64(0));
+        find.Reset();
+        for (const std::int64_t id : ids) {
+            m_store->Remove(id);
+            m_store->CommitIfDue();
+            ++m_report.removed;
+        }
+    }
+}
+
+void IndexRun::RemoveFolder(const QString& folder) {
+    const std::string prefix = platform::Capitals(platform::WithBackslash(folder)).toStdString();
+    std::vector<std::int64_t> ids;
+    sqlite::Statement find(m_index->Db(),
+                           "SELECT id FROM document WHERE name >= ?1 AND name < ?2 AND parent = 0");
+    // "]" follows "\" in the order of bytes: the range holds what begins with the prefix.
+    find.Bind(1, prefix).Bind(2, prefix.substr(0, prefix.size() - 1) + "]");
+    while (find.Step())
+        ids.push_back(find.Int64(0));
+    find.Reset();
+    for (const std::int64_t id : ids) {
+        if (m_progress.Aborted())
+            return;
+        m_store->Remove(id);
+        m_store->CommitIfDue();
+        ++m_report.removed;
+    }
+}
+
+void IndexRun::ReadFiles(FolderScan& scan) {
+    if (scan.items.empty() || m_progress.Aborted())
+        return;
+    m_progress.SetStep(4);
+    m_files.assign(scan.items.size(), {});
+    workers::PoolOptions options;
+    options.executable =
+        (m_job.WorkerProgram.isEmpty() ? DefaultWorkerProgram() : m_job.WorkerProgram).toStdString();
+    options.workers = m_job.Workers;
+    options.memoryLimit = kWorkerMemory;
+    options.timeLimit = std::chrono::seconds(m_job.TimeLimit);
+    options.settings = {{kAlphabetSetting, m_alphabetText}};
+    ReadQueue queue;
+    workers::Pool pool(options);
+    std::uint64_t totalWork = 0;
+    constexpr std::uint64_t kPerFile = 4096; // opening a file costs about as much as reading that
+    for (const ScanItem& item : scan.items)
+        totalWork += static_cast<std::uint64_t>(item.size) + kPerFile;
+    std::thread feeder([&] {
+        for (std::size_t i = 0; i < scan.items.size() && !m_progress.Aborted(); ++i)
+            pool.Add(std::make_unique<ReadTask>(queue, i, MachinePath(scan.items[i])));
+        pool.Wait();
+        queue.Close();
+    });
+    const auto stop = [&] {
+        queue.Close();
+        pool.Cancel();
+        feeder.join();
+    };
+    try {
+        std::uint64_t work = 0;
+        std::size_t finished = 0;
+        ReadQueue::Event event;
+        while (finished < scan.items.size() && !m_progress.Aborted()) {
+            if (!queue.Take(event))
+                continue;
+            // Without any worker nothing can be said about the documents.
+            if (!event.document && event.file.ending == workers::Ending::Crashed)
+                if (const std::string reason = pool.StartFailure(); !reason.empty())
+                    throw IndexError(IndexFault::Other, reason);
+            Write(event, queue);
+            if (event.document)
+                continue;
+            const ScanItem& item = scan.items[event.file.item];
+            ++finished;
+            work += static_cast<std::uint64_t>(item.size) + kPerFile;
+            m_progress.SetPercent(static_cast<int>(work * 99 / totalWork));
+            m_progress.SetFile(MachinePath(item), 100);
+            m_store->CommitIfDue();
+        }
+    } catch (...) {
+        stop();
+        throw;
+    }
+    stop();
+}
+
+void IndexRun::Write(const ReadQueue::Event& event, ReadQueue& queue) {
+    if (event.document)
+        WriteDocument(*event.document, queue);
+    else
+        FinishFile(event.file);
+}
+
+std::string IndexRun::MachinePath(const ScanItem& item) const {
+    const std::string& folder = m_scan->FolderPath(item);
+    return folder == "/" ? folder + item.file : folder + "/" + item.file;
+}
+
+// The first thing that comes of a file makes room for it.
+std::int64_t IndexRun::Claim(const ScanItem& item, FileState& state) {
+    if (state.id == 0) {
+        if (item.oldId != 0) {
+            m_store->Remove(item.oldId);
+            ++m_report.changed;
+        } else {
+            ++m_report.added;
+        }
+        state.id = m_store->NewId();
+    }
+    return state.id;
+}
+
+DocumentRow IndexRun::Row(const ScanItem& item, const DocumentHead& head, std::int64_t id) {
+    const std::string& folder = m_scan->FolderPath(item);
+    if (m_folderPath != folder || m_folderName.empty()) {
+        m_folderPath = folder;
+        m_folderName = IndexName(PathText(folder == "/" ? folder : folder + "/"));
+    }
+    DocumentRow row;
+    row.id = id;
+    row.folder = m_store->FolderId(folder);
+    row.file = item.file;
+    row.path = head.path;
+    QString file = platform::ToLogical(QLatin1Char('/') + PathText(item.file)).mid(1);
+    file.replace(QLatin1Char('>'), QChar(0xF03E)).replace(QLatin1Char('|'), QChar(0xF07C));
+    row.name = m_folderName + platform::Capitals(file).toStdString() +
+               platform::Capitals(QString::fromStdString(head.path)).toStdString();
+    row.display = head.path.empty() ? PathText(item.file).toStdString() : head.display;
+    row.kind = head.kind;
+    row.size = static_cast<std::int64_t>(head.size);
+    row.modified = head.modified * 1'000'000'000;
+    row.readers = kReadersVersion;
+    return row;
+}
+
+void IndexRun::WriteDocument(IncomingDocument& document, ReadQueue& queue) {
+    m_progress.SetStep(6);
+    const ScanItem& item = m_scan->items[document.item];
+    FileState& state = m_files[document.item];
+    const std::int64_t fileId = Claim(item, state);
+    QueuedChunks chunks(queue, document);
+    ++m_report.documents;
+    if (!document.head.path.empty()) {
+        if (!state.rowWritten) {
+            // Until the container itself comes, its row says that it is to be read again.
+            DocumentRow row = Row(item, {}, fileId);
+            row.modified = -1;
+            NoChunks none;
+            m_store->Insert(row, none);
+            state.rowWritten = state.provisional = true;
+        }
+        DocumentRow row = Row(item, document.head, m_store->NewId());
+        row.parent = fileId;
+        m_store->Insert(row, chunks);
+    } else {
+        if (state.rowWritten)
+            m_store->RemoveRow(fileId);
+        DocumentRow row = Row(item, document.head, fileId);
+        row.size = item.size;
+        state.provisional = document.head.kind == static_cast<int>(Kind::Mail) ||
+                            IsContainer(static_cast<Kind>(document.head.kind));
+        row.modified = state.provisional ? -1 : item.modified;
+        m_store->Insert(row, chunks);
+        state.rowWritten = true;
+    }
+    Report(item, document.head.path, chunks.End().state, chunks.End().reason);
+}
+
+void IndexRun::FinishFile(const FinishedFile& file) {
+    const ScanItem& item = m_scan->items[file.item];
+    FileState& state = m_files[file.item];
+    if (file.ending == workers::Ending::Cancelled)
+        return;
+    if (file.ending == workers::Ending::Done && state.rowWritten) {
+        // Its size and time are those of the moment it was opened: what was written to it
+        // meanwhile is found by the next update.
+        if (state.provisional || file.size != item.size || file.modified != item.modified)
+            m_store->Touch(state.id, file.size, file.modified);
+        return;
+    }
+    const std::string reason = Words(file.ending, file.message);
+    if (file.ending == workers::Ending::CannotOpen && item.oldId != 0 && state.id == 0) {
+        // What was readable before is not thrown away because it is locked today.
+        Report(item, {}, ReadState::Failed, reason);
+        return;
+    }
+    WriteByName(item, state, file, reason);
+}
+
+void IndexRun::WriteByName(const ScanItem& item, FileState& state, const FinishedFile& file,
+                           const std::string& reason) {
+    const std::int64_t id = Claim(item, state);
+    if (state.rowWritten && !state.provisional)
+        return; // its text is in; only what was inside it is missing, and that is listed
+    if (state.rowWritten)
+        m_store->RemoveRow(id);
+    DocumentRow row = Row(item, {}, id);
+    row.size = item.size;
+    // Without the right to open it there is nothing to remember: it is tried every time.
+    row.modified = file.ending == workers::Ending::CannotOpen ? -1 : item.modified;
+    NameChunk name(m_alphabet, row.display, ReadState::Failed, reason);
+    m_store->Insert(row, name);
+    ++m_report.documents;
+    state.rowWritten = true;
+    Report(item, {}, ReadState::Failed, reason);
+}
+
+void IndexRun::Report(const ScanItem& item, const std::string& member, ReadState state,
+                      const std::string& reason) {
+    if (state == ReadState::Read || state == ReadState::NameOnly)
+        return;
+    m_report.problems.push_back({PathText(MachinePath(item)) + QString::fromStdString(member), state,
+                                 QString::fromStdString(reason)});
+}
+
+void IndexRun::Compress() {
+    if (!m_job.ActionCompress || m_progress.Aborted() || !m_store->Changed())
+        return;
+    m_progress.SetStep(7);
+    m_store->Compress(false, [this] { return !m_progress.Aborted(); });
+}
+
+} // namespace engine

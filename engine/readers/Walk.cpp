@@ -1,0 +1,145 @@
+// The recursion through containers.
+// SPDX-License-Identifier: AGPL-3.0-or-later
+#include "engine/readers/Walk.h"
+
+#include "engine/readers/Frames.h"
+#include "engine/readers/MediaKind.h"
+
+#include <functional>
+#include <utility>
+#include <vector>
+
+namespace engine {
+namespace {
+
+std::string LastPart(std::string_view path) {
+    const auto slash = path.find_last_of('/');
+    return std::string(slash == std::string_view::npos ? path : path.substr(slash + 1));
+}
+
+class Walker {
+  public:
+    explicit Walker(DocumentVisitor& visitor) : m_visitor(visitor) {}
+    void Walk(FoundDocument document, int depth);
+
+  private:
+    void WalkContainer(FoundDocument& document, int depth);
+    void WalkMember(const FoundDocument& container, const Member& member, const std::string& path,
+                    int depth);
+    DocumentVisitor& m_visitor;
+};
+
+// Gives each member its place in the container's name: ">n|MEMBER".
+class ContainerSink final : public MemberSink {
+  public:
+    using Take = std::function<void(const Member&, const std::string& path)>;
+    ContainerSink(DocumentVisitor& visitor, std::string prefix, Take take)
+        : m_visitor(visitor), m_prefix(std::move(prefix)), m_take(std::move(take)) {}
+    bool Wants(std::string_view path) override {
+        m_path = m_prefix + ">" + std::to_string(m_next++) + "|" + EscapeMarks(path);
+        return m_visitor.Wants(m_path);
+    }
+    void Receive(const Member& member) override { m_take(member, m_path); }
+
+  private:
+    DocumentVisitor& m_visitor;
+    std::string m_prefix;
+    Take m_take;
+    int m_next = 0;
+    std::string m_path;
+};
+
+// Keeps a mail's attachments until the mail itself has been read: ">{n:0}|NAME".
+class AttachmentSink final : public MemberSink {
+  public:
+    AttachmentSink(DocumentVisitor& visitor, std::string prefix)
+        : m_visitor(visitor), m_prefix(std::move(prefix)) {}
+    bool Wants(std::string_view path) override {
+        m_path = m_prefix + ">{" + std::to_string(m_next++) + ":0}|" + EscapeMarks(path);
+        return m_visitor.Wants(m_path);
+    }
+    void Receive(const Member& member) override {
+        kept.push_back({member, std::string(member.bytes), m_path});
+    }
+    struct Kept {
+        Member member;
+        std::string bytes;
+        std::string path;
+    };
+    std::vector<Kept> kept;
+
+  private:
+    DocumentVisitor& m_visitor;
+    std::string m_prefix;
+    int m_next = 0;
+    std::string m_path;
+};
+
+void Walker::WalkMember(const FoundDocument& /*container*/, const Member& member,
+                        const std::string& path, int depth) {
+    FoundDocument found;
+    found.path = path;
+    found.display = member.displayName.empty() ? LastPart(member.path) : member.displayName;
+    found.modified = member.modified;
+    found.source = {member.bytes, LastPart(member.path)};
+    if (!member.problem.empty()) {
+        found.state = member.problemState;
+        found.reason = member.problem;
+    } else if (member.cut) {
+        found.state = ReadState::Partly;
+        found.reason = "larger than what is unpacked";
+    }
+    Walk(std::move(found), depth);
+}
+
+void Walker::WalkContainer(FoundDocument& document, int depth) {
+    document.container = true;
+    if (depth >= kDeepestNesting) {
+        document.state = ReadState::Partly;
+        document.reason = "containers nested too deeply";
+        return;
+    }
+    ContainerSink members(m_visitor, document.path,
+                          [&](const Member& member, const std::string& path) {
+                              WalkMember(document, member, path, depth + 1);
+                          });
+    try {
+        ReadArchive(document.source, members);
+    } catch (const ReadError& error) {
+        document.state = error.state;
+        document.reason = error.what();
+    }
+}
+
+void Walker::Walk(FoundDocument document, int depth) {
+    const bool readable = document.state == ReadState::Read || document.state == ReadState::Partly;
+    if (readable && !document.source.bytes.empty()) {
+        document.kind = DetectKind(document.source);
+        if (IsContainer(document.kind))
+            WalkContainer(document, depth);
+        else if (document.kind == Kind::Unknown && document.state == ReadState::Read) {
+            const char* media = MediaKind(document.source.bytes);
+            document.state = media != nullptr ? ReadState::NameOnly : ReadState::Unknown;
+            document.reason = media != nullptr ? media : "unknown kind of file";
+        }
+    }
+    AttachmentSink attachments(m_visitor, document.path);
+    m_visitor.Visit(document, attachments);
+    for (const AttachmentSink::Kept& kept : attachments.kept) {
+        Member member = kept.member;
+        member.bytes = kept.bytes;
+        if (depth < kDeepestNesting)
+            WalkMember(document, member, kept.path, depth + 1);
+    }
+}
+
+} // namespace
+
+void WalkDocuments(const Source& file, DocumentVisitor& visitor) {
+    FoundDocument document;
+    document.display = file.name;
+    document.source = file;
+    Walker(visitor).Walk(std::move(document), 0);
+}
+
+} // namespace engine
