@@ -1,0 +1,147 @@
+// Tells mail from other text by its headers.
+// SPDX-License-Identifier: AGPL-3.0-or-later
+#include "engine/readers/MailSniff.h"
+
+#include <algorithm>
+#include <array>
+
+namespace engine {
+
+namespace {
+
+char Lower(char c) {
+    return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c;
+}
+
+bool EqualsBlind(std::string_view a, std::string_view lower) {
+    return a.size() == lower.size() && std::equal(a.begin(), a.end(), lower.begin(),
+                                                  [](char x, char y) { return Lower(x) == y; });
+}
+
+// Headers that only mail has weigh 2, those that a memo or a program's output may have too weigh 1.
+struct Known {
+    std::string_view name;
+    int weight;
+};
+constexpr std::array<Known, 23> kKnown = {{
+    {"received", 2},
+    {"return-path", 2},
+    {"message-id", 2},
+    {"delivered-to", 2},
+    {"mime-version", 2},
+    {"x-mailer", 2},
+    {"in-reply-to", 2},
+    {"references", 2},
+    {"list-id", 2},
+    {"dkim-signature", 2},
+    {"envelope-to", 2},
+    {"x-spam-status", 2},
+    {"x-original-to", 2},
+    {"content-transfer-encoding", 2},
+    {"from", 1},
+    {"to", 1},
+    {"cc", 1},
+    {"bcc", 1},
+    {"subject", 1},
+    {"date", 1},
+    {"reply-to", 1},
+    {"sender", 1},
+    {"content-type", 1},
+}};
+
+// What has been met of them; each counts once.
+struct Met {
+    std::array<bool, kKnown.size()> names{};
+    int weight = 0;
+    bool mailOnly = false; // something that a memo has not, or a sender
+    void Header(std::string_view name, std::string_view value) {
+        for (std::size_t i = 0; i < kKnown.size(); ++i) {
+            if (names[i] || !EqualsBlind(name, kKnown[i].name))
+                continue;
+            names[i] = true;
+            weight += kKnown[i].weight;
+            mailOnly = mailOnly || kKnown[i].weight > 1 || kKnown[i].name == "from";
+            if (kKnown[i].name == "content-type" &&
+                value.find("multipart/") != std::string_view::npos)
+                weight += 2;
+        }
+    }
+};
+
+// The line that bytes begin with, without its end; bytes goes on behind it.
+std::string_view TakeLine(std::string_view& bytes) {
+    const std::size_t end = bytes.find('\n');
+    std::string_view line = bytes.substr(0, end);
+    bytes.remove_prefix(end == std::string_view::npos ? bytes.size() : end + 1);
+    if (line.ends_with('\r'))
+        line.remove_suffix(1);
+    return line;
+}
+
+bool IsHeaderName(std::string_view name) {
+    return !name.empty() && name.size() <= 76 &&
+           std::all_of(name.begin(), name.end(), [](char c) { return c > ' ' && c < 0x7F; });
+}
+
+// Whether bytes begin with a block of headers, up to an empty line or the end of what is there.
+bool AreHeaders(std::string_view bytes, bool namedAsMail) {
+    constexpr int kMaxLines = 300;
+    constexpr int kMaxBroken = 2; // lines that are no headers, which mail programs pass over
+    constexpr int kEnough = 3;
+    Met met;
+    int broken = 0;
+    for (int i = 0; i < kMaxLines && !bytes.empty(); ++i) {
+        const std::string_view line = TakeLine(bytes);
+        if (line.empty())
+            break;
+        const bool folded = line.front() == ' ' || line.front() == '\t';
+        if (folded && i > 0)
+            continue;
+        const std::size_t colon = line.find(':');
+        std::string_view name = line.substr(0, colon);
+        while (name.ends_with(' ') || name.ends_with('\t'))
+            name.remove_suffix(1);
+        if (folded || colon == std::string_view::npos || !IsHeaderName(name)) {
+            if (i == 0 || ++broken > kMaxBroken)
+                break;
+            continue;
+        }
+        met.Header(name, line.substr(colon + 1));
+    }
+    return namedAsMail ? met.weight > 0 : met.mailOnly && met.weight >= kEnough;
+}
+
+std::string_view SkipMark(std::string_view bytes) {
+    if (bytes.starts_with("\xEF\xBB\xBF"))
+        bytes.remove_prefix(3);
+    while (bytes.starts_with('\n') || bytes.starts_with('\r'))
+        bytes.remove_prefix(1);
+    return bytes;
+}
+
+} // namespace
+
+bool LooksLikeMail(std::string_view bytes, bool namedAsMail) {
+    bytes = SkipMark(bytes);
+    if (bytes.starts_with("From ") || bytes.starts_with(">From "))
+        TakeLine(bytes);
+    return AreHeaders(bytes, namedAsMail);
+}
+
+bool LooksLikeMailbox(std::string_view bytes) {
+    bytes = SkipMark(bytes);
+    if (!bytes.starts_with("From "))
+        return false;
+    TakeLine(bytes);
+    if (!AreHeaders(bytes, false))
+        return false;
+    for (std::size_t at = 0; (at = bytes.find("\nFrom ", at)) != std::string_view::npos;) {
+        std::string_view rest = bytes.substr(++at);
+        TakeLine(rest);
+        if (AreHeaders(rest, false))
+            return true;
+    }
+    return false;
+}
+
+} // namespace engine

@@ -1,0 +1,19 @@
+// Tells mail from other text by its headers.
+// SPDX-License-Identifier: AGPL-3.0-or-later
+#pragma once
+
+#include <string_view>
+
+namespace engine {
+
+// Whether bytes (the beginning of a file, 4 kB or more) start with the headers of a message, or
+// with the "From " line and the headers of the first message of a mailbox. A file whose name says
+// that it is a mail (.eml) needs fewer of them.
+[[nodiscard]] bool LooksLikeMail(std::string_view bytes, bool namedAsMail = false);
+
+// Whether bytes are a mailbox: messages one after the other, each with a "From " line. Files that
+// were cut out of one begin so too, hence the second message must be there; give it the whole
+// file.
+[[nodiscard]] bool LooksLikeMailbox(std::string_view bytes);
+
+} // namespace engine

@@ -1,0 +1,63 @@
+// The PDF library's calls, each behind a function that holds plain data only. The library leaves
+// by longjmp when it fails; nothing with a destructor may stand in its way, so that no C++ object
+// lives in PdfFitz.cpp and no exception passes through it.
+// SPDX-License-Identifier: AGPL-3.0-or-later
+#pragma once
+
+#include <cstddef>
+
+extern "C" {
+#include <mupdf/fitz.h>
+#include <mupdf/pdf.h>
+}
+
+namespace engine {
+
+// An open document. All functions below take one that FitzOpen has filled.
+struct FitzPdf {
+    fz_context* ctx = nullptr;
+    fz_stream* stream = nullptr;
+    pdf_document* doc = nullptr;
+    int pageCount = 0;
+    pdf_obj** pages = nullptr; // the first knownPages are listed
+    int knownPages = 0;
+    bool sawInlineImage = false; // since the last FitzLoadText
+    bool sawDamage = false;      // the library has complained of lost content, likewise
+    char error[256] = "";        // of the last function that failed
+};
+
+// What an annotation or a form field has to read, which may be nothing: its contents or value, or
+// else what it draws (a stamp, a button).
+struct FitzNote {
+    const char* text = nullptr;     // UTF-8, belongs to the document
+    fz_rect rect{};                 // of the text: on the page, points, y downwards
+    fz_stext_page* drawn = nullptr; // to be dropped with FitzDropText
+};
+
+enum class FitzOpened { Ok, NeedsPassword, Failed };
+
+// data must outlive the document. FitzClose is called whatever comes out.
+FitzOpened FitzOpen(FitzPdf* pdf, const unsigned char* data, std::size_t size);
+void FitzClose(FitzPdf* pdf);
+
+// The page's text, to be dropped with FitzDropText; null where it failed. *damaged is set where
+// part of the page is lost; box is the page's as shown, its origin at 0, 0.
+fz_stext_page* FitzLoadText(FitzPdf* pdf, int index, fz_rect* box, bool* damaged);
+void FitzDropText(FitzPdf* pdf, fz_stext_page* page);
+
+// Annotations of a page: how many, and each one.
+int FitzCountNotes(FitzPdf* pdf, int index);
+FitzNote FitzGetNote(FitzPdf* pdf, int index, int note);
+
+// Whether the page's resources hold an image.
+bool FitzHasImage(FitzPdf* pdf, int index);
+
+// A text of the document information; belongs to the document, null where there is none.
+const char* FitzInfo(FitzPdf* pdf, const char* key);
+// Buffers to be dropped with FitzDropBuffer, or null: the XMP packet; the bookmarks' titles, each
+// ended by a zero byte.
+fz_buffer* FitzMetadata(FitzPdf* pdf);
+fz_buffer* FitzBookmarks(FitzPdf* pdf);
+void FitzDropBuffer(FitzPdf* pdf, fz_buffer* buffer);
+
+} // namespace engine
