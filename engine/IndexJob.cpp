@@ -63,7 +63,7 @@ std::vector<Problem> ListProblems(const QString& indexPath, const QString& alpha
             return QByteArray(bytes.data(), static_cast<qsizetype>(bytes.size()));
         };
         const QString path = platform::DecodeName(text(0) + (text(0) == "/" ? "" : "/") + text(1));
-        problems.push_back({path + QString::fromUtf8(text(2)), static_cast<ReadState>(rows.Int(3)),
+        problems.push_back({path + QString::fromUtf8(text(2)).replace(QLatin1Char('\\'), QLatin1Char('/')), static_cast<ReadState>(rows.Int(3)),
                             QString::fromUtf8(text(4))});
     }
     return problems;

@@ -4,6 +4,7 @@
 
 #include "engine/readers/Frames.h"
 #include "engine/readers/MappedFile.h"
+#include "engine/readers/Prepare.h"
 #include "engine/readers/ReadRequest.h"
 #include "engine/readers/Walk.h"
 
@@ -73,6 +74,7 @@ workers::Role MakePageRole() {
     auto tokenizer = std::make_shared<std::unique_ptr<Tokenizer>>();
     workers::Role role;
     role.prepare = [tokenizer](const std::map<std::string, std::string>& settings) {
+        PrepareReaders();
         const auto alphabet = settings.find(kAlphabetSetting);
         *tokenizer = std::make_unique<Tokenizer>(
             alphabet == settings.end() ? Alphabet() : Alphabet::Parse(alphabet->second));

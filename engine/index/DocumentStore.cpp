@@ -3,7 +3,6 @@
 #include "engine/index/DocumentStore.h"
 
 #include "engine/index/StoredText.h"
-#include "engine/text/TermSet.h"
 
 #include <algorithm>
 
@@ -194,36 +193,46 @@ std::int64_t DocumentStore::FolderId(const std::string& path) {
 }
 
 void DocumentStore::CountTerms(std::string_view vocabulary, int change) {
-    std::string word;
     while (!vocabulary.empty()) {
         const auto end = vocabulary.find('\n');
-        word.assign(vocabulary.substr(0, end));
+        const std::uint32_t number = m_terms.Insert(vocabulary.substr(0, end));
+        if (number >= m_termChanges.size())
+            m_termChanges.resize(number + 1);
+        m_termChanges[number] += change;
         vocabulary.remove_prefix(end == std::string_view::npos ? vocabulary.size() : end + 1);
-        m_terms[word] += change;
     }
 }
 
 // In the order of the tree, so that each page of it is visited once.
 void DocumentStore::WriteTerms() {
-    std::vector<std::pair<std::string_view, std::int64_t>> sorted(m_terms.begin(), m_terms.end());
+    std::vector<std::pair<std::string_view, std::int64_t>> sorted;
+    std::string_view joined = m_terms.Joined();
+    for (const std::int64_t change : m_termChanges) {
+        const auto end = joined.find('\n');
+        if (change != 0)
+            sorted.emplace_back(joined.substr(0, end), change);
+        joined.remove_prefix(end + 1);
+    }
     std::sort(sorted.begin(), sorted.end());
     auto add = Often(m_index, "INSERT INTO term VALUES(?1, ?2) ON CONFLICT(word) DO UPDATE SET "
                               "documents = documents + excluded.documents");
     auto drop = Often(m_index, "DELETE FROM term WHERE word = ?1 AND documents <= 0");
     for (const auto& [word, change] : sorted) {
-        if (change == 0)
-            continue;
         add.BindStatic(1, word).Bind(2, change).Run();
         if (change < 0)
             drop.BindStatic(1, word).Run();
     }
-    m_terms.clear();
+    ForgetTerms();
 }
 
-void DocumentStore::CommitIfDue() {
-    if (m_transaction && (m_gathered >= kCommitText || m_terms.size() >= kCommitTerms ||
-                          std::chrono::steady_clock::now() - m_begun >= kCommitTime))
-        Commit();
+void DocumentStore::ForgetTerms() noexcept {
+    m_terms.Clear();
+    m_termChanges.clear();
+}
+
+bool DocumentStore::CommitIsDue() const {
+    return m_transaction && (m_gathered >= kCommitText || m_terms.Size() >= kCommitTerms ||
+                             std::chrono::steady_clock::now() - m_begun >= kCommitTime);
 }
 
 void DocumentStore::Commit() {
@@ -236,7 +245,7 @@ void DocumentStore::Commit() {
 
 void DocumentStore::Rollback() noexcept {
     m_transaction.reset();
-    m_terms.clear();
+    ForgetTerms();
     m_folders.clear();
 }
 

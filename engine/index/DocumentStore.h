@@ -4,6 +4,7 @@
 
 #include "engine/index/IndexFile.h"
 #include "engine/readers/Frames.h"
+#include "engine/text/TermSet.h"
 #include "engine/text/Tokenizer.h"
 
 #include <chrono>
@@ -59,8 +60,12 @@ class DocumentStore {
     // Row id of a folder, made when it is new. path: machine path.
     [[nodiscard]] std::int64_t FolderId(const std::string& path);
 
-    // Commits when enough has gathered or enough time has passed.
-    void CommitIfDue();
+    // Whether enough has gathered, or enough time has passed, for a commit.
+    [[nodiscard]] bool CommitIsDue() const;
+    void CommitIfDue() {
+        if (CommitIsDue())
+            Commit();
+    }
     void Commit();
     void Rollback() noexcept;
     [[nodiscard]] bool Changed() const { return m_changed; }
@@ -77,6 +82,7 @@ class DocumentStore {
     void Begin();
     void CountTerms(std::string_view vocabulary, int change);
     void WriteTerms();
+    void ForgetTerms() noexcept;
     bool MergeStep(bool everything);
 
     IndexFile& m_index;
@@ -86,7 +92,8 @@ class DocumentStore {
     std::uint64_t m_gathered = 0; // bytes of plain text since the last commit
     bool m_changed = false;
     std::int64_t m_nextId = 0;
-    std::unordered_map<std::string, std::int64_t> m_terms; // changes of the documents' counts
+    TermSet m_terms;                       // of the documents in this transaction
+    std::vector<std::int64_t> m_termChanges; // by term: how many more documents hold it
     std::unordered_map<std::string, std::int64_t> m_folders;
 
     sqlite::Statement m_insertDocument, m_insertWords, m_insertField, m_insertChunk;

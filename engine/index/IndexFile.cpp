@@ -75,12 +75,12 @@ IndexError Translate(const sqlite::Error& error) {
 }
 
 IndexFile::IndexFile(const std::string& path, IndexMode mode, const std::string& alphabet) {
-    if (mode != IndexMode::Create && access(path.c_str(), F_OK) != 0)
+    if (mode == IndexMode::Search && access(path.c_str(), F_OK) != 0)
         throw IndexError(errno == ENOENT ? IndexFault::Missing : IndexFault::NoRights,
                          std::strerror(errno));
     try {
         Open(path, mode);
-        if (mode == IndexMode::Create && m_database.ReadPragmaInt("application_id") == 0)
+        if (mode == IndexMode::Update && m_database.ReadPragmaInt("application_id") == 0)
             CreateTables(alphabet);
         Check(alphabet);
     } catch (const sqlite::Error& error) {
@@ -90,12 +90,12 @@ IndexFile::IndexFile(const std::string& path, IndexMode mode, const std::string&
 
 void IndexFile::Open(const std::string& path, IndexMode mode) {
     sqlite::OpenOptions options;
-    options.mode = mode == IndexMode::Create ? sqlite::OpenMode::Create : sqlite::OpenMode::ReadWrite;
+    options.mode = mode == IndexMode::Update ? sqlite::OpenMode::Create : sqlite::OpenMode::ReadWrite;
     options.busyTimeout = std::chrono::seconds(10);
     m_database = sqlite::Database(path, options);
     m_feed = std::make_unique<Feed>(m_database);
     // The larger page pays: long lists of places stand in few of them.
-    if (mode == IndexMode::Create)
+    if (mode == IndexMode::Update)
         m_database.SetPragma("page_size", "8192");
     m_database.SetPragma("mmap_size", "1073741824");
     m_database.SetPragma("cache_size", mode == IndexMode::Search ? "-32768" : "-65536");

@@ -39,7 +39,10 @@ class IndexError : public std::runtime_error {
 inline constexpr const char* kIndexFileName = "index_a.ix";
 inline constexpr int kIndexVersion = 1; // of the tables
 
-enum class IndexMode : std::uint8_t { Search, Update, Create };
+enum class IndexMode : std::uint8_t {
+    Search, // the index must exist; nothing is written
+    Update, // made when it is missing
+};
 
 // One connection to one index. Belongs to one thread.
 class IndexFile {

@@ -36,6 +36,10 @@ std::string IndexName(const QString& machinePath) {
     return name.toStdString();
 }
 
+QString MemberText(const std::string& path) {
+    return QString::fromStdString(path).replace(QLatin1Char('\\'), QLatin1Char('/'));
+}
+
 // The chunks of a document as they come out of the queue.
 class QueuedChunks final : public ChunkSource {
   public:
@@ -211,7 +215,7 @@ void IndexRun::RebuildInto(const std::string& indexFile) {
 void IndexRun::RunInto(const std::string& indexFile, bool created) {
     if (created)
         m_progress.SetStep(2);
-    m_index = std::make_unique<IndexFile>(indexFile, IndexMode::Create, m_alphabet.Canonical());
+    m_index = std::make_unique<IndexFile>(indexFile, IndexMode::Update, m_alphabet.Canonical());
     m_store = std::make_unique<DocumentStore>(*m_index, m_alphabet);
     try {
         if (m_job.ActionRemoveListed && !m_job.ToRemoveListName.isEmpty())
@@ -366,7 +370,10 @@ void IndexRun::ReadFiles(FolderScan& scan) {
             work += static_cast<std::uint64_t>(item.size) + kPerFile;
             m_progress.SetPercent(static_cast<int>(work * 99 / totalWork));
             m_progress.SetFile(MachinePath(item), 100);
-            m_store->CommitIfDue();
+            if (m_store->CommitIsDue()) {
+                m_progress.SetStep(6);
+                m_store->Commit();
+            }
         }
     } catch (...) {
         stop();
@@ -425,7 +432,7 @@ DocumentRow IndexRun::Row(const ScanItem& item, const DocumentHead& head, std::i
 }
 
 void IndexRun::WriteDocument(IncomingDocument& document, ReadQueue& queue) {
-    m_progress.SetStep(6);
+    m_progress.SetStep(5);
     const ScanItem& item = m_scan->items[document.item];
     FileState& state = m_files[document.item];
     const std::int64_t fileId = Claim(item, state);
@@ -500,7 +507,7 @@ void IndexRun::Report(const ScanItem& item, const std::string& member, ReadState
                       const std::string& reason) {
     if (state == ReadState::Read || state == ReadState::NameOnly)
         return;
-    m_report.problems.push_back({PathText(MachinePath(item)) + QString::fromStdString(member), state,
+    m_report.problems.push_back({PathText(MachinePath(item)) + MemberText(member), state,
                                  QString::fromStdString(reason)});
 }
 

@@ -30,8 +30,8 @@ std::uint64_t Hash(std::string_view term) {
 
 TermSet::TermSet() : m_slots(kSmallest) {}
 
-bool TermSet::Insert(std::string_view term) {
-    if (2 * (m_size + 1) > m_slots.size())
+std::uint32_t TermSet::Insert(std::string_view term) {
+    if (2 * (std::size_t{m_size} + 1) > m_slots.size())
         Grow();
     const std::uint64_t hash = Hash(term);
     const std::size_t mask = m_slots.size() - 1;
@@ -39,14 +39,13 @@ bool TermSet::Insert(std::string_view term) {
         Slot& slot = m_slots[i];
         if (slot.hash == 0) {
             slot = {hash, static_cast<std::uint32_t>(m_joined.size()),
-                    static_cast<std::uint32_t>(term.size())};
+                    static_cast<std::uint32_t>(term.size()), m_size};
             m_joined.append(term);
             m_joined += '\n';
-            ++m_size;
-            return true;
+            return m_size++;
         }
         if (slot.hash == hash && std::string_view(m_joined).substr(slot.offset, slot.length) == term)
-            return false;
+            return slot.number;
     }
 }
 

@@ -1,4 +1,4 @@
-// The distinct terms of one document, kept in one block of memory.
+// Distinct terms, kept in one block of memory and numbered in the order of their first coming.
 // SPDX-License-Identifier: AGPL-3.0-or-later
 #pragma once
 
@@ -13,8 +13,8 @@ namespace engine {
 class TermSet {
   public:
     TermSet();
-    // Whether the term is new. Terms hold no line feed.
-    bool Insert(std::string_view term);
+    // Number of the term, from 0; a new one is taken in. Terms hold no line feed.
+    std::uint32_t Insert(std::string_view term);
     // All terms, each closed by a line feed, in the order of their first coming.
     [[nodiscard]] const std::string& Joined() const { return m_joined; }
     [[nodiscard]] std::size_t Size() const { return m_size; }
@@ -25,11 +25,12 @@ class TermSet {
         std::uint64_t hash = 0; // 0: free
         std::uint32_t offset = 0;
         std::uint32_t length = 0;
+        std::uint32_t number = 0;
     };
     void Grow();
 
     std::vector<Slot> m_slots;
-    std::size_t m_size = 0;
+    std::uint32_t m_size = 0;
     std::string m_joined;
 };
 
