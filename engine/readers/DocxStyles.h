@@ -14,7 +14,7 @@ namespace engine {
 // A paragraph's place in outline and lists; what is -1 is not said.
 struct ParagraphForm {
     std::string style;
-    int outline = -1;  // 0 the highest, 9 body text
+    int outline = -1;   // 0 the highest, 9 body text
     int numbering = -1; // 0 none
     int listLevel = -1; // from 0
 };
@@ -36,8 +36,8 @@ class DocxStyles {
 
   private:
     std::map<std::string, Style, std::less<>> m_styles;
-    std::map<int, int> m_abstractOf;                   // numbering to its definition
-    std::map<std::pair<int, int>, bool> m_bullets;     // definition and level
+    std::map<int, int> m_abstractOf;               // numbering to its definition
+    std::map<std::pair<int, int>, bool> m_bullets; // definition and level
 };
 
 // The number that text is, or fallback.

@@ -80,7 +80,7 @@ inline constexpr std::array kOdfMeanings{
     OdfMeaning{"note", OdfTag::Note},
     OdfMeaning{"note-citation", OdfTag::Skipped},
     OdfMeaning{"notes", OdfTag::SpeakerNotes},
-    OdfMeaning{"object", OdfTag::Skipped},     // a chart's numbers, a formula's code
+    OdfMeaning{"object", OdfTag::Skipped}, // a chart's numbers, a formula's code
     OdfMeaning{"object-ole", OdfTag::Skipped},
     OdfMeaning{"ordered-list", OdfTag::OrderedList},
     OdfMeaning{"p", OdfTag::Paragraph},
@@ -106,7 +106,9 @@ inline constexpr std::array kOdfMeanings{
     OdfMeaning{"unordered-list", OdfTag::List},
 };
 static_assert(std::is_sorted(kOdfMeanings.begin(), kOdfMeanings.end(),
-                             [](const OdfMeaning& a, const OdfMeaning& b) { return a.name < b.name; }));
+                             [](const OdfMeaning& a, const OdfMeaning& b) {
+                                 return a.name < b.name;
+                             }));
 
 [[nodiscard]] inline OdfTag OdfTagOf(std::string_view name) {
     const auto* const found =

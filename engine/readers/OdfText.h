@@ -80,7 +80,7 @@ class OdfText final : public XmlHandler {
     int m_inDescription = 0; // of a picture
     int m_pages = 0;
     bool m_spreadsheet = false;
-    bool m_title = false;    // the frame that is read holds the slide's title
+    bool m_title = false; // the frame that is read holds the slide's title
     std::string m_description, m_picture;
 };
 

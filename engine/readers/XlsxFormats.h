@@ -14,10 +14,10 @@ namespace engine {
 struct NumberForm {
     bool date = false;
     bool time = false;
-    bool elapsed = false;  // a time that may be longer than a day
+    bool elapsed = false; // a time that may be longer than a day
     bool percent = false;
-    bool plain = true;     // whole numbers are shown as they stand
-    int decimals = -1;     // -1: as many as there are
+    bool plain = true; // whole numbers are shown as they stand
+    int decimals = -1; // -1: as many as there are
 };
 
 [[nodiscard]] NumberForm ParseNumberFormat(std::string_view code);

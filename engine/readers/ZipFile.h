@@ -12,9 +12,9 @@
 namespace engine {
 
 struct ZipMember {
-    std::string name;            // as it stands in the archive, with "/"
-    std::uint64_t offset = 0;    // of its local header
-    std::uint64_t packed = 0;    // bytes it takes in the archive, as declared
+    std::string name;         // as it stands in the archive, with "/"
+    std::uint64_t offset = 0; // of its local header
+    std::uint64_t packed = 0; // bytes it takes in the archive, as declared
     bool encrypted = false;
 };
 
