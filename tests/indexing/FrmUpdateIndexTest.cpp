@@ -1,0 +1,176 @@
+// The progress window, driven through its controls.
+// SPDX-License-Identifier: AGPL-3.0-or-later
+#include "core/Messages.h"
+#include "indexing/windows/FrmGestFolders.h"
+#include "indexing/windows/FrmUpdateIndex.h"
+#include "tests/indexing/IndexingFixture.h"
+
+#include <QCheckBox>
+#include <QClipboard>
+#include <QLabel>
+#include <QPlainTextEdit>
+#include <QProgressBar>
+#include <QTest>
+#include <QTimer>
+#include <QTreeWidget>
+
+using namespace Qt::StringLiterals;
+
+namespace velmora {
+namespace {
+
+class FrmUpdateIndexTest : public IndexingTest {
+  protected:
+    FrmUpdateIndexTest() { AddRow(LogicalDocs()); }
+
+    template <class Widget> static Widget& Control(QWidget& window, const char* name) {
+        auto* control = window.findChild<Widget*>(QLatin1StringView(name));
+        EXPECT_TRUE(control) << name;
+        return *control;
+    }
+    static void WriteManyFiles(int count) {
+        QByteArray text;
+        for (int word = 0; word < 4000; ++word) {
+            text += "heron" + QByteArray::number(word) + ' ';
+        }
+        for (int file = 0; file < count; ++file) {
+            WriteFile(Docs(u"%1.txt"_s.arg(file)), text);
+        }
+    }
+    // Looks at the window again and again while it runs.
+    static void Watch(QWidget& window, std::function<void()> look) {
+        auto* timer = new QTimer(&window);
+        QObject::connect(timer, &QTimer::timeout, &window, std::move(look));
+        timer->start(1);
+    }
+};
+
+TEST_F(FrmUpdateIndexTest, TheBarsMoveAndTheWindowUnloadsItself) {
+    WriteManyFiles(150);
+    FrmUpdateIndex window;
+    window.UpdateAll = true;
+    QSet<int> seen;
+    QString log;
+    Watch(window, [&] {
+        seen << Control<QProgressBar>(window, "prgTotal").value();
+        log = Control<QPlainTextEdit>(window, "txtLog").toPlainText();
+        EXPECT_FALSE(Control<QCheckBox>(window, "chkAutoShutDown").isVisible());
+    });
+    window.exec();
+    EXPECT_GT(seen.size(), 2);
+    EXPECT_TRUE(log.contains(Docs()));
+    EXPECT_EQ(window.IndexReport.added, 150u);
+    EXPECT_FALSE(window.Cancelled);
+    EXPECT_EQ(Found(u"heron7"_s).size(), 150);
+}
+
+TEST_F(FrmUpdateIndexTest, CancelStopsTheRunAndStaysPressed) {
+    WriteManyFiles(400);
+    for (const bool byEscape : {false, true}) {
+        FrmUpdateIndex window;
+        window.ForceRecreate = window.UpdateAll = true;
+        bool pressed = false;
+        Watch(window, [&] {
+            auto& cancel = Control<QPushButton>(window, "cmdAnnulla");
+            if (pressed) {
+                EXPECT_FALSE(cancel.isEnabled());
+            } else if (Control<QProgressBar>(window, "prgTotal").value() > 0) {
+                pressed = true;
+                if (byEscape) {
+                    QTest::keyClick(&window, Qt::Key_Escape);
+                } else {
+                    QTest::mouseClick(&cancel, Qt::LeftButton);
+                }
+            }
+        });
+        window.exec();
+        ASSERT_TRUE(pressed);
+        EXPECT_TRUE(window.Cancelled);
+        EXPECT_TRUE(window.IndexReport.aborted);
+        EXPECT_LT(window.IndexReport.documents, 400u);
+    }
+}
+
+TEST_F(FrmUpdateIndexTest, UnreadDocumentsAreListedUntilTheWindowIsClosed) {
+    WriteFile(Docs(u"broken.docx"_s), "PK\x03\x04 nothing of a document");
+    WriteFile(Docs(u"good.txt"_s), "heron");
+    FrmUpdateIndex window;
+    window.UpdateAll = true;
+    bool listed = false;
+    Watch(window, [&] {
+        auto& list = Control<QTreeView>(window, "lvwProblems");
+        if (!list.isVisible() || listed) {
+            return;
+        }
+        listed = true;
+        EXPECT_EQ(list.model()->rowCount(), 1);
+        EXPECT_EQ(list.model()->index(0, 0).data().toString(), Docs(u"broken.docx"_s));
+        EXPECT_FALSE(list.model()->index(0, 2).data().toString().isEmpty());
+        EXPECT_TRUE(Control<QLabel>(window, "lblStatus").text().startsWith(GetMessage(144)));
+        EXPECT_FALSE(Control<QPushButton>(window, "cmdAnnulla").isVisible());
+        QTest::mouseClick(&Control<QPushButton>(window, "cmdCopyList"), Qt::LeftButton);
+        EXPECT_TRUE(QApplication::clipboard()->text().startsWith(Docs(u"broken.docx"_s) + u'\t'));
+        QTest::keyClick(&window, Qt::Key_Return);
+    });
+    window.exec();
+    EXPECT_TRUE(listed);
+    EXPECT_FALSE(window.Cancelled);
+
+    // Where nobody is in front, the window does not wait.
+    program->gAutoIndexing = true;
+    window.ForceRecreate = window.UpdateAll = true;
+    listed = true;
+    window.exec();
+    EXPECT_EQ(window.IndexReport.problems.size(), 1u);
+}
+
+TEST_F(FrmUpdateIndexTest, TheShutDownBoxIsOfferedOnceAndMirrored) {
+    FrmUpdateIndex window;
+    window.EnableAutoShutDown = true;
+    window.ShutDownPC = true;
+    bool clicked = false;
+    Watch(window, [&] {
+        if (!std::exchange(clicked, true)) {
+            auto& box = Control<QCheckBox>(window, "chkAutoShutDown");
+            EXPECT_TRUE(box.isVisible());
+            EXPECT_FALSE(window.ShutDownPC);
+            box.click();
+        }
+    });
+    window.exec();
+    EXPECT_TRUE(clicked);
+    EXPECT_TRUE(window.ShutDownPC);
+    EXPECT_FALSE(window.EnableAutoShutDown);
+
+    FrmUpdateIndex ticked;
+    ticked.TickAutoShutDown();
+    ticked.exec();
+    EXPECT_TRUE(ticked.ShutDownPC);
+}
+
+TEST_F(FrmUpdateIndexTest, ClosingTheFolderListRunsWhatChanged) {
+    WriteFile(Docs(u"a.txt"_s), "heron");
+    const QString other = ThePlace().Path("home", u"Other"_s);
+    WriteFile(other + u"/b.txt"_s, "heron");
+    RunFull();
+    FrmGestFolders window;
+    window.show();
+    dialogue.folder = platform::ToLogical(other);
+    dialogue.answers = {Answer::Yes};
+    QTest::mouseClick(&Control<QPushButton>(window, "cmdAddNewFolder"), Qt::LeftButton);
+    auto& list = Control<QTreeWidget>(window, "lvwIndexedFolders");
+    ASSERT_EQ(list.topLevelItemCount(), 2);
+    EXPECT_EQ(list.topLevelItem(1)->text(1), other);
+    EXPECT_FALSE(Control<QPushButton>(window, "cmdLeft").isEnabled());
+    list.setCurrentItem(list.topLevelItem(0));
+    QTest::mouseClick(&Control<QPushButton>(window, "cmdLeft"), Qt::LeftButton);
+    EXPECT_EQ(list.topLevelItemCount(), 1);
+    EXPECT_EQ(Found(u"heron"_s), QStringList{u"a.txt"_s});
+    QTest::mouseClick(&Control<QPushButton>(window, "cmdClose"), Qt::LeftButton);
+    EXPECT_EQ(Found(u"heron"_s), QStringList{u"b.txt"_s});
+    EXPECT_TRUE(window.Summary.startsWith(GetMessage(144)));
+    EXPECT_FALSE(window.isVisible());
+}
+
+} // namespace
+} // namespace velmora
