@@ -1,0 +1,207 @@
+// The main window, driven through its controls.
+// SPDX-License-Identifier: AGPL-3.0-or-later
+#include "core/Messages.h"
+#include "core/Settings.h"
+#include "indexing/windows/FrmUpdateIndex.h"
+#include "mainwindow/windows/FrmMain.h"
+#include "search/windows/frmSearchResult.h"
+#include "tests/indexing/IndexingFixture.h"
+
+#include <QAction>
+#include <QLabel>
+#include <QLineEdit>
+#include <QStatusBar>
+#include <QTest>
+#include <QTimer>
+#include <QTreeWidget>
+
+using namespace Qt::StringLiterals;
+
+namespace velmora {
+namespace {
+
+class FrmMainTest : public IndexingTest {
+  protected:
+    FrmMainTest() {
+        WriteFile(Docs(u"one.txt"_s), "the grey heron");
+        WriteFile(Docs(u"Sub/two.txt"_s), "heron and kite");
+    }
+
+    template <class Widget> static Widget& Control(QWidget& window, const char* name) {
+        auto* control = window.findChild<Widget*>(QLatin1StringView(name));
+        EXPECT_TRUE(control) << name;
+        return *control;
+    }
+    // Shows the window and waits until its first activation is over.
+    static void Show(FrmMain& form) {
+        form.show();
+        ASSERT_TRUE(QTest::qWaitForWindowActive(&form));
+        QCoreApplication::processEvents();
+    }
+    // Does something to the first modal window of that kind that opens, once; answers whether there
+    // was one after `act`.
+    template <class Window>
+    static bool WithModal(std::function<void(Window&)> onModal, const std::function<void()>& act) {
+        bool seen = false;
+        QTimer watch;
+        QObject::connect(&watch, &QTimer::timeout, [&] {
+            auto* window = qobject_cast<Window*>(QApplication::activeModalWidget());
+            if (window && !std::exchange(seen, true)) {
+                onModal(*window);
+            }
+        });
+        watch.start(1);
+        act();
+        return seen;
+    }
+    static QString NodeText(QTreeWidget& tree, int child) {
+        QTreeWidgetItem* item = tree.topLevelItem(0)->child(child);
+        return item ? item->text(0) : QString();
+    }
+    static QStringList Names(QTreeView& list) {
+        QStringList names;
+        for (int row = 0; row < list.model()->rowCount(); ++row) {
+            names << list.model()->index(row, 0).data().toString();
+        }
+        return names;
+    }
+};
+
+TEST_F(FrmMainTest, AFolderAddedThroughTheListIsIndexedAndFound) {
+    FrmMain form;
+    Show(form);
+    EXPECT_TRUE(Control<QLabel>(form, "lblNoFolders").isVisible());
+    EXPECT_FALSE(Control<QPushButton>(form, "cmdRemoveFolder").isEnabled());
+    dialogue.folder = LogicalDocs();
+    QTest::mouseClick(&Control<QPushButton>(form, "cmdAddFirstFolder"), Qt::LeftButton);
+    auto& tree = Control<QTreeWidget>(form, "treFolders");
+    auto& list = Control<QTreeView>(form, "lvwFiles");
+    EXPECT_EQ(NodeText(tree, 0), u"Docs"_s);
+    EXPECT_EQ(Names(list), QStringList({u"Sub"_s, u"one.txt"_s}));
+    EXPECT_EQ(Found(u"heron"_s).size(), 2);
+    EXPECT_TRUE(form.statusBar()->currentMessage().startsWith(GetMessage(144)));
+
+    // Typed and Enter pressed: the result window comes, and its place leads back to the list.
+    auto& box = Control<QLineEdit>(form, "txtRicerca");
+    box.setFocus();
+    QTest::keyClicks(&box, u"kite"_s);
+    QString request;
+    EXPECT_TRUE(WithModal<frmSearchResult>(
+        [&](frmSearchResult& window) {
+            window.LocateTarget = LogicalDocs(u"Sub/two.txt"_s);
+            window.accept();
+        },
+        [&] { QTest::keyClick(&box, Qt::Key_Return); }));
+    EXPECT_EQ(tree.currentItem()->text(0), u"Sub"_s);
+    EXPECT_EQ(list.currentIndex().data().toString(), u"two.txt"_s);
+
+    // Nothing found in the other branch.
+    dialogue.told.clear();
+    box.setText(u"pelican"_s);
+    QTest::keyClick(&box, Qt::Key_Return);
+    EXPECT_EQ(dialogue.told, QStringList{GetMessage(116) + u'|' + GetMessage(183) + u"|1"_s});
+
+    // Removed again: its documents leave the index.
+    tree.setCurrentItem(tree.topLevelItem(0)->child(0));
+    dialogue.answers = {Answer::Yes};
+    QTest::mouseClick(&Control<QPushButton>(form, "cmdRemoveFolder"), Qt::LeftButton);
+    EXPECT_EQ(NodeText(tree, 0), QString());
+    EXPECT_EQ(Found(u"heron"_s), QStringList());
+}
+
+TEST_F(FrmMainTest, AnEmptyRequestIsRefused) {
+    FrmMain form;
+    Show(form);
+    for (const bool byKey : {true, false}) {
+        dialogue.told.clear();
+        auto& box = Control<QLineEdit>(form, "txtRicerca");
+        if (byKey) {
+            QTest::keyClick(&box, Qt::Key_Return);
+        } else {
+            QTest::mouseClick(&Control<QPushButton>(form, "SEARCH"), Qt::LeftButton);
+        }
+        EXPECT_EQ(dialogue.told, QStringList{GetMessage(82) + u'|' + GetMessage(277) + u"|3"_s});
+        EXPECT_TRUE(box.hasFocus());
+    }
+    EXPECT_EQ(dialogue.CurrentPointer(), Pointer::Default);
+}
+
+TEST_F(FrmMainTest, TheSameKeyDoesTheSameFromEveryBar) {
+    AddRow(LogicalDocs());
+    FrmMain form;
+    Show(form);
+    for (const QString& key : {u"UPDATEIDX"_s, u"MNUREIDX"_s, u"MNUREBUILD"_s}) {
+        auto* action = form.findChild<QAction*>(key);
+        ASSERT_TRUE(action) << key.toStdString();
+        EXPECT_TRUE(WithModal<FrmUpdateIndex>(
+            [&](FrmUpdateIndex& window) {
+                EXPECT_EQ(window.ForceRecreate, key == u"MNUREBUILD");
+                EXPECT_TRUE(window.UpdateAll && window.IndexMail);
+                EXPECT_EQ(window.parentWidget(), &form);
+            },
+            [&] { action->trigger(); }));
+        EXPECT_EQ(Found(u"heron"_s).size(), 2);
+    }
+    form.MenuBar_ButtonClick(u"NOSUCHKEY"_s);
+
+    // One file, chosen in the list.
+    WriteFile(Docs(u"one.txt"_s), "pelican of the coast");
+    WriteFile(Docs(u"new.txt"_s), "pelican");
+    auto& list = Control<QTreeView>(form, "lvwFiles");
+    list.setFocus();
+    list.setCurrentIndex(list.model()->index(1, 0));
+    form.findChild<QAction*>(u"MNUINDEXFILE"_s)->trigger();
+    EXPECT_EQ(Found(u"pelican"_s), QStringList{u"one.txt"_s});
+    EXPECT_TRUE(reporter.reports.isEmpty());
+}
+
+TEST_F(FrmMainTest, FoldersOpenInTheTreeAndUpLevelLeadsBack) {
+    AddRow(LogicalDocs());
+    FrmMain form;
+    Show(form);
+    auto& tree = Control<QTreeWidget>(form, "treFolders");
+    auto& list = Control<QTreeView>(form, "lvwFiles");
+    auto* up = form.findChild<QAction*>(u"UPLEVEL"_s);
+    EXPECT_FALSE(up->isEnabled());
+    list.setFocus();
+    list.setCurrentIndex(list.model()->index(0, 0));
+    QTest::keyClick(&list, Qt::Key_Return);
+    EXPECT_EQ(tree.currentItem()->text(0), u"Sub"_s);
+    EXPECT_EQ(Names(list), QStringList{u"two.txt"_s});
+    EXPECT_TRUE(up->isEnabled());
+    up->trigger();
+    EXPECT_EQ(tree.currentItem()->text(0), u"Docs"_s);
+
+    // The folder goes away behind the window's back.
+    QDir(Docs(u"Sub"_s)).removeRecursively();
+    tree.setCurrentItem(tree.currentItem()->child(0));
+    EXPECT_EQ(dialogue.told.size(), 1);
+    EXPECT_TRUE(dialogue.told.value(0).contains(GetMessage(296)));
+    EXPECT_EQ(tree.currentItem(), tree.topLevelItem(0));
+}
+
+TEST_F(FrmMainTest, AnUnattendedRunUpdatesTheIndexAndEnds) {
+    AddRow(LogicalDocs());
+    program->gAutoIndexing = true;
+    FrmMain form;
+    form.show();
+    ASSERT_TRUE(QTest::qWaitFor([&] { return !form.isVisible(); }, 20'000));
+    EXPECT_EQ(Found(u"heron"_s).size(), 2);
+    EXPECT_TRUE(dialogue.told.isEmpty());
+}
+
+TEST_F(FrmMainTest, TheWindowComesBackWhereItStood) {
+    const QRect place(20, 30, 700, 500);
+    {
+        FrmMain form;
+        Show(form);
+        form.setGeometry(place);
+        form.close();
+    }
+    FrmMain form;
+    Show(form);
+    EXPECT_EQ(form.size(), place.size());
+}
+
+} // namespace
+} // namespace velmora
