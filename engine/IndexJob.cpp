@@ -5,9 +5,8 @@
 #include "engine/index/IndexRun.h"
 #include "engine/index/Progress.h"
 #include "engine/readers/Reader.h"
+#include "platform/Folders.h"
 #include "platform/LogicalPath.h"
-
-#include <QCoreApplication>
 
 #include <exception>
 
@@ -37,9 +36,7 @@ IndexReport IndexJob::Execute() const {
     return report;
 }
 
-QString DefaultWorkerProgram() {
-    return QCoreApplication::applicationDirPath() + QStringLiteral("/velmora-worker");
-}
+QString DefaultWorkerProgram() { return platform::WorkerProgram(); }
 
 std::vector<Problem> ListProblems(const QString& indexPath, const QString& alphabetFile,
                                   const QString& folder) {

@@ -60,7 +60,7 @@ struct IndexJob {
     QString IncludeFilters = QStringLiteral("*");
     QString ExcludeFilters;
     QString AlphabetFile;      // may be missing
-    QString WorkerProgram;     // machine path of velmora-worker; empty: beside this program
+    QString WorkerProgram;     // machine path of velmora-worker; empty: DefaultWorkerProgram
     int Workers = 0;           // 0: as many as there are cores
     int TimeLimit = 120;       // seconds that reading one file may take
     engine::StatusHandler* StatusHandler = nullptr; // may be null
@@ -74,7 +74,7 @@ struct IndexJob {
 [[nodiscard]] std::vector<Problem> ListProblems(const QString& indexPath, const QString& alphabetFile,
                                                 const QString& folder = {});
 
-// Machine path of the worker program: beside the running executable.
+// Machine path of the worker program: beside the running executable, or where it is installed.
 [[nodiscard]] QString DefaultWorkerProgram();
 
 } // namespace engine
