@@ -179,7 +179,7 @@ void frmSearchResult::FillList(const QString& request) {
 void frmSearchResult::RestorePlace() {
     m_ui->hsplitter->setStretchFactor(0, 2);
     m_ui->hsplitter->setStretchFactor(1, 3);
-    m_ui->hsplitter->setSizes({560, 620});
+    m_ui->hsplitter->setSizes({600, 640});
     restoreGeometry(SavedState(kGeometry));
     m_ui->hsplitter->restoreState(SavedState(kSplitter));
 }

@@ -5,8 +5,6 @@
 #include "search/TextQuery.h"
 #include "tests/search/SearchFixture.h"
 
-#include <QTimeZone>
-
 using namespace Qt::StringLiterals;
 
 namespace velmora {

@@ -101,7 +101,6 @@ TEST_F(TextQueryTest, FolderSearchFindsTheFolderAndItsRecognisedTexts) {
     // Scopes that hold each other give nothing twice.
     EXPECT_EQ(Found(u"walnut and not without"_s, ThePlace().Logical("home")),
               "iftext.ocr iftext.ocr one.txt three.txt two.txt");
-    EXPECT_EQ(Found(u"walnut"_s, OcrFolder() + QString::number(inside)), "iftext.ocr");
 
     // As one list: most hits first, and only what was looked for is counted.
     const engine::SearchResults results = Search(u"walnut"_s, LogicalDocs(u"Letters"_s));
