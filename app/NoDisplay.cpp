@@ -18,7 +18,13 @@ void Print(std::FILE* stream, const QString& text) {
     std::fprintf(stream, "%s\n", text.toUtf8().constData());
 }
 
-bool HasDisplay() {
+// Qt takes its platform from the environment or from an option of its own.
+bool HasDisplay(int argc, char** argv) {
+    for (int at = 1; at < argc; ++at) {
+        if (std::strcmp(argv[at], "-platform") == 0 || std::strcmp(argv[at], "-display") == 0) {
+            return true;
+        }
+    }
     for (const char* variable : {"QT_QPA_PLATFORM", "DISPLAY", "WAYLAND_DISPLAY"}) {
         if (!qEnvironmentVariableIsEmpty(variable)) {
             return true;
@@ -42,7 +48,7 @@ std::optional<int> RunWithoutDisplay(int argc, char** argv) {
             return 0;
         }
     }
-    if (HasDisplay()) {
+    if (HasDisplay(argc, argv)) {
         return std::nullopt;
     }
     Print(stderr, QStringLiteral("PrjVelmora: ") + GetMessage(kNoDisplay));

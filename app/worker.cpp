@@ -22,6 +22,6 @@ int main(int argc, char** argv) {
     }
     // Names in archives need a UTF-8 locale; numbers keep their full stop.
     std::setlocale(LC_CTYPE, "C.UTF-8");
-    return workers::RunWorker({{engine::kReadRole, engine::MakeReadRole()},
-                               {engine::kPageRole, engine::MakePageRole()}});
+    return workers::RunWorker(
+        {{engine::kReadRole, engine::MakeReadRole()}, {engine::kPageRole, engine::MakePageRole()}});
 }

@@ -40,6 +40,17 @@ QString Refusal(const QString& path) {
     return path.contains(u'\n') || path.contains(u'\r') ? GetMessage(kLineBreakInName) : QString();
 }
 
+QList<IndexedFolder> ReadRows() {
+    QList<IndexedFolder> folders;
+    const RecordSetPtr rows = GetRsIdxdFolders();
+    for (; !rows->EOF_(); rows->MoveNext()) {
+        folders.append({static_cast<qint32>(rows->Fields(u"i_id").Number()),
+                        rows->Fields(u"spath").Text(), rows->Fields(u"sdescr").Text(),
+                        rows->Fields(u"siconid").Text()});
+    }
+    return folders;
+}
+
 void WriteRow(const QString& path, const QString& description, const QString& iconId) {
     const RecordSetPtr rows = GetRsIdxdFolders();
     rows->AddNew();
@@ -76,16 +87,7 @@ bool SettleCollision(const QString& path, bool& replaced) {
 } // namespace
 
 QList<IndexedFolder> ListIndexedFolders() {
-    return Guard(kModule, "LoadIdxedFolders", [] {
-        QList<IndexedFolder> folders;
-        const RecordSetPtr rows = GetRsIdxdFolders();
-        for (; rows && !rows->EOF_(); rows->MoveNext()) {
-            folders.append({static_cast<qint32>(rows->Fields(u"i_id").Number()),
-                            rows->Fields(u"spath").Text(), rows->Fields(u"sdescr").Text(),
-                            rows->Fields(u"siconid").Text()});
-        }
-        return folders;
-    });
+    return Guard(kModule, "LoadIdxedFolders", [] { return ReadRows(); });
 }
 
 FolderCollision CollisionOf(const QString& path) {
@@ -135,10 +137,12 @@ bool RemoveIdxdFolders(const IndexedFolder& folder, FolderChanges& changes) {
 bool RemoveIdxdFolderUnasked(const IndexedFolder& folder, FolderChanges& changes) {
     DeleteFolders(folder.path, folder.id);
     // The statement reports its failures itself; whether it went well is seen in the table.
-    for (const IndexedFolder& left : ListIndexedFolders()) {
-        if (left.id == folder.id) {
-            return false;
-        }
+    QList<IndexedFolder> left;
+    const bool read = Attempt(kModule, "cmdLeft_Click", [&] { left = ReadRows(); });
+    const bool stays = std::any_of(left.cbegin(), left.cend(),
+                                   [&](const IndexedFolder& each) { return each.id == folder.id; });
+    if (!read || stays) {
+        return false;
     }
     if (!changes.add.Remove(folder.path)) {
         changes.remove.Add(folder.path);

@@ -30,7 +30,7 @@ const QString kExcludeFilters = u"*.nxp *.coords *.mdb *.dbf *.db *.csv *.xlv *.
 
 // Asks whether mail is to be read too, as that can take long. An unattended run reads it.
 void SettleMail(UpdateMembers& members, bool configured) {
-    if (!members.IndexMail || !configured || Program().gAutoIndexing) {
+    if (!members.IndexMail || !configured || members.Cancelled || Program().gAutoIndexing) {
         return;
     }
     const QString question = GetMessage(142) + u'\n' + GetMessage(181);
@@ -60,12 +60,12 @@ engine::IndexJob MakeJob(const UpdateMembers& members, const UpdateLists& lists,
 }
 
 // One pass: lists, job, outcome.
-void RunJob(UpdateMembers& members, UpdateView& view, UpdateStatus& status, const MailConfig& mail) {
+void RunJob(UpdateMembers& members, UpdateView& view, UpdateStatus& status,
+            const MailConfig& mail) {
     // The first index needs no command of its own. What it is to hold stays the caller's choice:
     // a partial update then makes an index of just that part.
     const QString indexFile = ArchiveIndexPath() + u"\\index_a.ix"_s;
-    const bool create =
-        members.ForceRecreate || !platform::IsFile(platform::ToMachine(indexFile));
+    const bool create = members.ForceRecreate || !platform::IsFile(platform::ToMachine(indexFile));
     UpdateLists lists;
     const bool ready = Guard(kModule, "UpdateIndex", [&] {
         lists = UpdateLists();
@@ -156,10 +156,9 @@ void UpdateIndex(UpdateMembers& members, UpdateView& view, UpdateStatus& status)
 
 QString SummaryMessage(const UpdateMembers& members) {
     const engine::IndexReport& report = members.IndexReport;
-    const QString counts =
-        GetMessage(kIndexCounts, {QString::number(report.added), QString::number(report.changed),
-                                  QString::number(report.removed),
-                                  QString::number(report.unchanged)});
+    const QString counts = GetMessage(
+        kIndexCounts, {QString::number(report.added), QString::number(report.changed),
+                       QString::number(report.removed), QString::number(report.unchanged)});
     if (report.fault) {
         return GetMessage(kIndexingFailed);
     }

@@ -12,17 +12,17 @@ namespace velmora {
 
 // What a caller sets before a run and reads after it.
 struct UpdateMembers {
-    bool ForceRecreate = false; // in: a new index in place of the old one
-    bool IndexMail = false;     // in: mail too
-    bool UpdateAll = false;     // in: all indexed folders instead of FileOrFolderToAdd
+    bool ForceRecreate = false;      // in: a new index in place of the old one
+    bool IndexMail = false;          // in: mail too
+    bool UpdateAll = false;          // in: all indexed folders instead of FileOrFolderToAdd
     bool EnableAutoShutDown = false; // in: offer to switch the machine off afterwards
     // In: what a partial update adds, and the folders whose files leave the index. Both are
     // nothing again after the run.
     std::optional<PathDictionary> FileOrFolderToAdd;
     std::optional<PathDictionary> FileOrFolderToRemove;
 
-    bool Cancelled = false;  // out
-    bool ShutDownPC = false; // out: the box is ticked
+    bool Cancelled = false;          // out
+    bool ShutDownPC = false;         // out: the box is ticked
     engine::IndexReport IndexReport; // out: what the engine tells of its last job
 };
 

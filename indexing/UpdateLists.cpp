@@ -41,9 +41,10 @@ bool CanBeListed(const QString& folder) {
 void AppendLines(const QString& listFile, const QStringList& lines) {
     // Its name is the program's own, so that Qt finds it; a full disk is told by flush.
     QFile file(platform::ToMachine(listFile));
-    const QByteArray bytes = lines.isEmpty() ? QByteArray() : (lines.join(u"\r\n"_s) + u"\r\n"_s).toUtf8();
-    if (!file.open(QIODevice::WriteOnly | QIODevice::Append) ||
-        file.write(bytes) != bytes.size() || !file.flush()) {
+    const QByteArray bytes =
+        lines.isEmpty() ? QByteArray() : (lines.join(u"\r\n"_s) + u"\r\n"_s).toUtf8();
+    if (!file.open(QIODevice::WriteOnly | QIODevice::Append) || file.write(bytes) != bytes.size() ||
+        !file.flush()) {
         throw Error(file.error(), file.fileName() + u": "_s + file.errorString());
     }
 }
@@ -83,7 +84,8 @@ void AddMail(QStringList& lines, UpdateMembers& members, const MailConfig& mail)
     }
 }
 
-[[nodiscard]] bool WriteAddList(UpdateLists& lists, UpdateMembers& members, const MailConfig& mail) {
+[[nodiscard]] bool WriteAddList(UpdateLists& lists, UpdateMembers& members,
+                                const MailConfig& mail) {
     QStringList lines;
     if (members.IndexMail && mail.configured) {
         AddMail(lines, members, mail);
@@ -171,7 +173,8 @@ bool BuildFileListToDelete(const QString& folder, const QString& listFile, Updat
     if (found.isEmpty()) {
         return true;
     }
-    const bool allNamed = found.removeIf([](const QString& path) { return !FitsOnALine(path); }) == 0;
+    const bool allNamed =
+        found.removeIf([](const QString& path) { return !FitsOnALine(path); }) == 0;
     AppendLines(listFile, found);
     return allNamed;
 }

@@ -32,13 +32,14 @@ QString WithAccessKey(const QString& caption, QSet<QChar>& used);
 
 // What the panes have selected.
 struct Selection {
-    bool filesActive = false; // else the folder tree
-    QString folder;           // logical path of the tree's node; empty for the root or none
+    bool filesActive = false;     // else the folder tree
+    QString folder;               // logical path of the tree's node; empty for the root or none
     bool isIndexedFolder = false; // the node stands in the list of indexed folders
-    QString item;             // logical path of the selected row of the file list; empty for none
+    QString item; // logical path of the selected row of the file list; empty for none
     bool itemIsFolder = false;
 
-    // The path that a command works on: the item when the list is active and has one, else the node.
+    // The path that a command works on: the item when the list is active and has one, else the
+    // node.
     [[nodiscard]] QString Path() const { return filesActive && !item.isEmpty() ? item : folder; }
 };
 

@@ -20,8 +20,7 @@ QString OcrFolderOf(const QString& document) {
         return {};
     }
     const qlonglong id = rows->Fields(u"i_id").Number();
-    return platform::JoinPath(ArchiveIndexPath(),
-                              u"ocr\\%1\\%2"_s.arg(id / 100 + 1).arg(id));
+    return platform::JoinPath(ArchiveIndexPath(), u"ocr\\%1\\%2"_s.arg(id / 100 + 1).arg(id));
 }
 
 } // namespace

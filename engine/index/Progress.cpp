@@ -42,9 +42,6 @@ void Progress::Tell(StatusHandler& handler) {
     {
         const std::lock_guard lock(m_mutex);
         steps.swap(m_steps);
-        // Steps that follow each other faster than they can be shown are passed over.
-        if (steps.size() > 4)
-            steps.erase(steps.begin(), steps.end() - 4);
         if (m_percent != m_toldPercent)
             percent = m_toldPercent = m_percent;
         if (std::exchange(m_newFile, false))
@@ -62,6 +59,9 @@ void Progress::Tell(StatusHandler& handler) {
 }
 
 void Progress::Run(const std::function<void()>& work, StatusHandler* handler) {
+    // A person may have stopped the job before it could begin.
+    if (handler != nullptr)
+        Tell(*handler);
     std::thread worker([&] {
         work();
         const std::lock_guard lock(m_mutex);

@@ -25,7 +25,8 @@ constexpr int kProblemsWidth = 860; // paths and reasons side by side
 } // namespace
 
 FrmUpdateIndex::FrmUpdateIndex(QWidget* parent)
-    : QDialog(parent), m_ui(std::make_unique<Ui::FrmUpdateIndex>()), m_tmrStartIdx(new QTimer(this)) {
+    : QDialog(parent), m_ui(std::make_unique<Ui::FrmUpdateIndex>()),
+      m_tmrStartIdx(new QTimer(this)) {
     m_ui->setupUi(this);
     AssignHBCaption(this);
     MakeHeading(*m_ui->lblStatus);
@@ -55,6 +56,8 @@ void FrmUpdateIndex::showEvent(QShowEvent* event) {
 
 void FrmUpdateIndex::Form_Load() {
     Cancelled = false;
+    UpdateView& view = *this;
+    m_status = std::make_unique<UpdateStatus>(view);
     m_ui->chkAutoShutDown->setVisible(EnableAutoShutDown);
     if (EnableAutoShutDown) {
         EnableAutoShutDown = false;
@@ -75,15 +78,10 @@ void FrmUpdateIndex::Form_Load() {
 }
 
 void FrmUpdateIndex::tmrStartIdx_Timer() {
-    UpdateView& view = *this;
-    m_status = std::make_unique<UpdateStatus>(view);
-    if (Cancelled) {
-        m_status->Abort(); // pressed before the start
-    }
-    UpdateIndex(*this, view, *m_status);
+    UpdateIndex(*this, *this, *m_status);
     m_status.reset();
-    const bool stay = !IndexReport.problems.empty() && !IndexReport.fault && !Cancelled &&
-                      !ShutDownPC && !Program().gAutoIndexing;
+    const bool stay = !IndexReport.problems.empty() && !IndexReport.fault && !IndexReport.aborted &&
+                      !Cancelled && !ShutDownPC && !Program().gAutoIndexing;
     if (stay) {
         ShowProblems();
     } else {
@@ -102,7 +100,7 @@ void FrmUpdateIndex::cmdAnnulla_Click() {
 }
 
 void FrmUpdateIndex::reject() {
-    if (!m_status && !m_tmrStartIdx->isActive()) {
+    if (!m_status) {
         QDialog::reject();
     } else if (m_ui->cmdAnnulla->isEnabled()) {
         cmdAnnulla_Click();
@@ -114,6 +112,7 @@ void FrmUpdateIndex::chkAutoShutDown_Click() {
 }
 
 void FrmUpdateIndex::ShowProblems() {
+    delete m_ui->lvwProblems->model(); // of an earlier run
     auto* model = new ProblemModel(IndexReport.problems, this);
     resize(std::max(width(), kProblemsWidth), height());
     m_ui->lvwProblems->setModel(model);

@@ -54,7 +54,7 @@ class FrmUpdateIndex : public QDialog, public UpdateMembers, private UpdateView 
 
     std::unique_ptr<Ui::FrmUpdateIndex> m_ui;
     QTimer* m_tmrStartIdx;
-    std::unique_ptr<UpdateStatus> m_status; // while a run is on
+    std::unique_ptr<UpdateStatus> m_status; // from the showing of the window to the run's end
 };
 
 // Brings the index in step with a changed list of folders, and answers the run's summary; empty

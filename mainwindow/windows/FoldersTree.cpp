@@ -4,10 +4,10 @@
 
 #include "core/Messages.h"
 #include "mainwindow/FolderFiles.h"
-#include "resources/icons/Icons.h"
 #include "platform/LogicalPath.h"
+#include "resources/icons/Icons.h"
 
-#include <QHeaderView>
+#include <QTimer>
 
 using namespace Qt::StringLiterals;
 
@@ -108,6 +108,16 @@ bool FoldersTree::SelectPath(const QString& path) {
 
 void FoldersTree::SelectRoot() {
     setCurrentItem(topLevelItem(0));
+}
+
+void FoldersTree::DropPath(const QString& path) {
+    QTimer::singleShot(0, this, [this, path] {
+        if (CurrentPath() == path && !CurrentIndexedFolder()) {
+            QTreeWidgetItem* gone = currentItem();
+            setCurrentItem(gone->parent());
+            delete gone;
+        }
+    });
 }
 
 } // namespace velmora

@@ -28,6 +28,9 @@ class FoldersTree : public QTreeWidget {
     bool SelectPath(const QString& path);
     // Selects the root, whose list is empty.
     void SelectRoot();
+    // Takes a node below an indexed folder out and selects the one above it, later: its own
+    // selection may be what is going on.
+    void DropPath(const QString& path);
 
   private:
     void LoadChildren(QTreeWidgetItem* node);

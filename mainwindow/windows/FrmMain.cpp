@@ -9,8 +9,8 @@
 #include "core/windows/Captions.h"
 #include "mainwindow/MessageIds.h"
 #include "mainwindow/windows/FilesModel.h"
-#include "resources/icons/Icons.h"
 #include "platform/LogicalPath.h"
+#include "resources/icons/Icons.h"
 #include "ui_FrmMain.h"
 
 #include <QCloseEvent>
@@ -69,7 +69,7 @@ void FrmMain::PreparePanes() {
     header.setSectionResizeMode(0, QHeaderView::Stretch);
     header.setMinimumSectionSize(60);
     header.resizeSection(1, 110);
-    header.resizeSection(2, 180);
+    header.resizeSection(2, 210);
     m_ui->cmdAddFolder->setIcon(LineIcon(u"folder-add"_s));
     m_ui->cmdAddFirstFolder->setIcon(LineIcon(u"folder-add"_s));
     m_ui->cmdRemoveFolder->setIcon(LineIcon(u"folder-remove"_s));
@@ -87,8 +87,8 @@ void FrmMain::PreparePanes() {
     connect(m_ui->cmdRemoveFolder, &QPushButton::clicked, this, &FrmMain::cmdRemoveFolder_Click);
     // Commands work on the pane that was used last.
     connect(qApp, &QApplication::focusChanged, this, &FrmMain::UpdateBars);
-    for (QWidget* pane : {static_cast<QWidget*>(m_ui->treFolders),
-                          static_cast<QWidget*>(m_ui->lvwFiles)}) {
+    for (QWidget* pane :
+         {static_cast<QWidget*>(m_ui->treFolders), static_cast<QWidget*>(m_ui->lvwFiles)}) {
         connect(pane, &QWidget::customContextMenuRequested, this,
                 [this, pane](const QPoint& place) { ShowPopup(*pane, place); });
     }
@@ -133,7 +133,11 @@ void FrmMain::LoadlvwFiles(const QString& path, bool forceReload) {
     }
     m_files->SetContent(path, std::move(content.rows));
     ShowCounts();
-    if (!content.exists) {
+    if (!content.exists && !m_ui->treFolders->CurrentIndexedFolder()) {
+        m_folder.clear();
+        Tell(GetMessage(1063), GetMessage(116), Icon::Exclamation);
+        m_ui->treFolders->DropPath(path);
+    } else if (!content.exists) {
         m_folder.clear();
         Tell(GetMessage(296) + u"\n"_s + platform::DisplayPath(path), GetMessage(41),
              Icon::Critical);

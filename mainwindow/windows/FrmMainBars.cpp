@@ -84,9 +84,9 @@ void FrmMain::PrepareSearchBar() {
     QLineEdit& box = *m_ui->txtRicerca;
     auto* operators = box.addAction(LineIcon(u"operators"_s), QLineEdit::TrailingPosition);
     operators->setObjectName(u"mnuOperators");
-    operators->setToolTip(GetMessage(kSearchOperators) + u" ("_s +
-                          QKeySequence(Qt::CTRL | Qt::Key_Space).toString(QKeySequence::NativeText) +
-                          u')');
+    operators->setToolTip(
+        GetMessage(kSearchOperators) + u" ("_s +
+        QKeySequence(Qt::CTRL | Qt::Key_Space).toString(QKeySequence::NativeText) + u')');
     connect(operators, &QAction::triggered, this,
             [&box] { ShowOperatorsMenu(box, box.mapToGlobal(QPoint(0, box.height()))); });
     auto* words = new WordListPopup(box);

@@ -87,6 +87,7 @@ void FrmMain::ShellLaunchFile() {
 void FrmMain::RunUpdate(bool rebuild) {
     FrmUpdateIndex window(this);
     window.ForceRecreate = rebuild;
+    // EnableAutoShutDown stays off as long as ShutDownPC cannot keep what the box promises.
     window.IndexMail = window.UpdateAll = true;
     window.exec();
     LoadlvwFiles(m_ui->treFolders->CurrentPath(), true);

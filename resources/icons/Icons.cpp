@@ -59,11 +59,10 @@ class LineIconEngine : public QIconEngine {
   private:
     QPixmap Drawn(QSize size, QIcon::Mode mode) const {
         const QPalette palette = QGuiApplication::palette();
-        const QColor colour = mode == QIcon::Disabled
-                                  ? palette.color(QPalette::Disabled, QPalette::WindowText)
-                              : mode == QIcon::Selected
-                                  ? palette.color(QPalette::Active, QPalette::HighlightedText)
-                                  : palette.color(QPalette::Active, QPalette::WindowText);
+        const QColor colour =
+            mode == QIcon::Disabled   ? palette.color(QPalette::Disabled, QPalette::WindowText)
+            : mode == QIcon::Selected ? palette.color(QPalette::Active, QPalette::HighlightedText)
+                                      : palette.color(QPalette::Active, QPalette::WindowText);
         const QString key = u"velmora-%1-%2-%3x%4"_s.arg(m_name, colour.name())
                                 .arg(size.width())
                                 .arg(size.height());
@@ -93,7 +92,8 @@ QString IconOfFile(const QString& fileName) {
                 icons[ending] = icon;
             }
         };
-        add(u"file-text"_s, u"txt md doc docx odt rtf pdf htm html xml epub tex log ppt pptx odp"_s);
+        add(u"file-text"_s,
+            u"txt md doc docx odt rtf pdf htm html xml epub tex log ppt pptx odp"_s);
         add(u"file-table"_s, u"xls xlsx ods csv"_s);
         add(u"file-image"_s, u"tif tiff png jpg jpeg gif bmp svg webp heic"_s);
         add(u"file-mail"_s, u"eml msg mbox pst"_s);

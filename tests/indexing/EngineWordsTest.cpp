@@ -1,7 +1,7 @@
 // The engine's English clauses in the words of people.
 // SPDX-License-Identifier: AGPL-3.0-or-later
-#include "core/Messages.h"
 #include "indexing/EngineWords.h"
+#include "core/Messages.h"
 #include "tests/core/Place.h"
 
 #include <gtest/gtest.h>
@@ -31,9 +31,10 @@ TEST(EngineWordsTest, ClausesAreWordedWithTheirPlaces) {
              Case{u"the end of the file is missing"_s, u"das Ende der Datei fehlt"_s},
              Case{u"word/document.xml is missing"_s, u"der Teil word/document.xml fehlt"_s},
              Case{u"content.xml is malformed at line 7"_s, u"content.xml: fehlerhaft in Zeile 7"_s},
-             Case{u"text beyond 128 MB; its fonts do not tell what most characters mean"_s,
-                  u"der Text jenseits von 128 MB ist nicht indiziert; die Schriftarten verraten den "
-                  u"Text nicht"_s},
+             Case{
+                 u"text beyond 128 MB; its fonts do not tell what most characters mean"_s,
+                 u"der Text jenseits von 128 MB ist nicht indiziert; die Schriftarten verraten den "
+                 u"Text nicht"_s},
              // What nobody has worded stays; a place is never empty.
              Case{u"something quite new"_s, u"something quite new"_s},
              Case{u" of 9 pages are damaged"_s, u" of 9 pages are damaged"_s},

@@ -1,8 +1,9 @@
 // The progress window, driven through its controls.
 // SPDX-License-Identifier: AGPL-3.0-or-later
+#include "indexing/windows/FrmUpdateIndex.h"
+#include "core/Events.h"
 #include "core/Messages.h"
 #include "indexing/windows/FrmGestFolders.h"
-#include "indexing/windows/FrmUpdateIndex.h"
 #include "tests/indexing/IndexingFixture.h"
 
 #include <QCheckBox>
@@ -46,7 +47,7 @@ class FrmUpdateIndexTest : public IndexingTest {
 };
 
 TEST_F(FrmUpdateIndexTest, TheBarsMoveAndTheWindowUnloadsItself) {
-    WriteManyFiles(150);
+    WriteManyFiles(250);
     FrmUpdateIndex window;
     window.UpdateAll = true;
     QSet<int> seen;
@@ -59,9 +60,9 @@ TEST_F(FrmUpdateIndexTest, TheBarsMoveAndTheWindowUnloadsItself) {
     window.exec();
     EXPECT_GT(seen.size(), 2);
     EXPECT_TRUE(log.contains(Docs()));
-    EXPECT_EQ(window.IndexReport.added, 150u);
+    EXPECT_EQ(window.IndexReport.added, 250u);
     EXPECT_FALSE(window.Cancelled);
-    EXPECT_EQ(Found(u"heron7"_s).size(), 150);
+    EXPECT_EQ(Found(u"heron7"_s).size(), 250);
 }
 
 TEST_F(FrmUpdateIndexTest, CancelStopsTheRunAndStaysPressed) {
@@ -89,6 +90,26 @@ TEST_F(FrmUpdateIndexTest, CancelStopsTheRunAndStaysPressed) {
         EXPECT_TRUE(window.IndexReport.aborted);
         EXPECT_LT(window.IndexReport.documents, 400u);
     }
+}
+
+TEST_F(FrmUpdateIndexTest, ACancelBeforeTheStartIsNotLost) {
+    WriteManyFiles(20);
+    FrmUpdateIndex window;
+    window.UpdateAll = true;
+    // The timer goes off while the button's handler lets events run.
+    bool yielded = false;
+    const ScopedYield hook([&] {
+        if (!std::exchange(yielded, true)) {
+            EXPECT_TRUE(QTest::qWaitFor([&] { return !window.isVisible(); }, 20'000));
+        }
+    });
+    QTimer::singleShot(0, &window, [&] {
+        QTest::mouseClick(&Control<QPushButton>(window, "cmdAnnulla"), Qt::LeftButton);
+    });
+    window.exec();
+    EXPECT_TRUE(yielded);
+    EXPECT_TRUE(window.Cancelled);
+    EXPECT_TRUE(window.IndexReport.aborted);
 }
 
 TEST_F(FrmUpdateIndexTest, UnreadDocumentsAreListedUntilTheWindowIsClosed) {

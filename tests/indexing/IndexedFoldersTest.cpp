@@ -66,8 +66,7 @@ TEST_F(IndexedFoldersTest, AParentReplacesItsChildrenAndNoNeighbour) {
     EXPECT_FALSE(AddIdxdFolders(parent, changes));
     EXPECT_EQ(Listed().size(), 2);
     EXPECT_TRUE(AddIdxdFolders(parent, changes));
-    EXPECT_EQ(Listed(),
-              QStringList({platform::Capitals(neighbour), platform::Capitals(parent)}));
+    EXPECT_EQ(Listed(), QStringList({platform::Capitals(neighbour), platform::Capitals(parent)}));
     EXPECT_EQ(dialogue.told.constLast(), GetMessage(68) + u'|' + GetMessage(164) + u"|2"_s);
     // The children's documents stay: they lie below the parent too.
     EXPECT_EQ(changes.remove.Count(), 0);
@@ -78,8 +77,9 @@ TEST_F(IndexedFoldersTest, AddingAndRemovingCancelEachOther) {
     ASSERT_TRUE(AddIdxdFolders(folder, changes));
     dialogue.answers = {Answer::No, Answer::Yes};
     EXPECT_FALSE(RemoveIdxdFolders(ListIndexedFolders().constFirst(), changes));
-    EXPECT_EQ(dialogue.told, QStringList{u"Remove indexed folder confirmation|Do you want to remove "
-                                         u"the folder 'a'?|2"_s});
+    EXPECT_EQ(dialogue.told,
+              QStringList{u"Remove indexed folder confirmation|Do you want to remove "
+                          u"the folder 'a'?|2"_s});
     EXPECT_TRUE(RemoveIdxdFolders(ListIndexedFolders().constFirst(), changes));
     EXPECT_TRUE(Listed().isEmpty());
     EXPECT_FALSE(changes.Any());

@@ -1,5 +1,5 @@
-// An archive with a database and a folder of documents, and a view that remembers what it was shown.
-// SPDX-License-Identifier: AGPL-3.0-or-later
+// An archive with a database and a folder of documents, and a view that remembers what it was
+// shown. SPDX-License-Identifier: AGPL-3.0-or-later
 #pragma once
 
 #include "core/Globals.h"
@@ -76,9 +76,7 @@ class IndexingTest : public testing::Test {
         const QString folder = ThePlace().Path("home", QStringLiteral("Docs"));
         return file.isEmpty() ? folder : folder + u'/' + file;
     }
-    static QString LogicalDocs(const QString& file = {}) {
-        return platform::ToLogical(Docs(file));
-    }
+    static QString LogicalDocs(const QString& file = {}) { return platform::ToLogical(Docs(file)); }
     static QString IndexFile() {
         return platform::ToMachine(ArchiveIndexPath()) + QStringLiteral("/index_a.ix");
     }

@@ -1,7 +1,7 @@
 // The commands of the main window, and what the file list shows.
 // SPDX-License-Identifier: AGPL-3.0-or-later
-#include "core/Messages.h"
 #include "mainwindow/Commands.h"
+#include "core/Messages.h"
 #include "mainwindow/FolderFiles.h"
 #include "mainwindow/UpdateFileIndex.h"
 #include "tests/indexing/IndexingFixture.h"
@@ -25,8 +25,8 @@ class CommandsTest : public IndexingTest {
 TEST_F(CommandsTest, EveryKeyOfABarIsACommandWithAnAccessKeyOfItsOwn) {
     for (const qint32 locale : {0, 1031, 1034, 1036, 1040}) {
         program->gLocaleId = locale;
-        for (const QString& bar : {u"MENU"_s, u"FILEMENU"_s, u"TOOLSMENU"_s, u"INFOMENU"_s,
-                                   u"POPUPMENU"_s, u"STD"_s}) {
+        for (const QString& bar :
+             {u"MENU"_s, u"FILEMENU"_s, u"TOOLSMENU"_s, u"INFOMENU"_s, u"POPUPMENU"_s, u"STD"_s}) {
             QSet<QChar> used;
             int commands = 0;
             for (const QString& key : KeysOfBar(bar)) {

@@ -1,9 +1,9 @@
 // The main window, driven through its controls.
 // SPDX-License-Identifier: AGPL-3.0-or-later
+#include "mainwindow/windows/FrmMain.h"
 #include "core/Messages.h"
 #include "core/Settings.h"
 #include "indexing/windows/FrmUpdateIndex.h"
-#include "mainwindow/windows/FrmMain.h"
 #include "search/windows/frmSearchResult.h"
 #include "tests/indexing/IndexingFixture.h"
 
@@ -172,11 +172,21 @@ TEST_F(FrmMainTest, FoldersOpenInTheTreeAndUpLevelLeadsBack) {
     up->trigger();
     EXPECT_EQ(tree.currentItem()->text(0), u"Docs"_s);
 
-    // The folder goes away behind the window's back.
+    // Folders go away behind the window's back, first the lower one, then the indexed one.
     QDir(Docs(u"Sub"_s)).removeRecursively();
-    tree.setCurrentItem(tree.currentItem()->child(0));
-    EXPECT_EQ(dialogue.told.size(), 1);
-    EXPECT_TRUE(dialogue.told.value(0).contains(GetMessage(296)));
+    QTreeWidgetItem* docs = tree.currentItem();
+    tree.setCurrentItem(docs->child(0));
+    QCoreApplication::processEvents();
+    EXPECT_EQ(dialogue.told, QStringList{GetMessage(116) + u'|' + GetMessage(1063) + u"|3"_s});
+    EXPECT_EQ(tree.currentItem(), docs);
+    EXPECT_EQ(docs->childCount(), 0);
+    EXPECT_EQ(Names(list), QStringList{u"one.txt"_s});
+    tree.setCurrentItem(tree.topLevelItem(0));
+    QDir(Docs()).removeRecursively();
+    dialogue.told.clear();
+    tree.setCurrentItem(docs);
+    ASSERT_EQ(dialogue.told.size(), 1);
+    EXPECT_TRUE(dialogue.told[0].startsWith(GetMessage(41) + u'|' + GetMessage(296)));
     EXPECT_EQ(tree.currentItem(), tree.topLevelItem(0));
 }
 
