@@ -97,7 +97,8 @@ void IndexFile::Open(const std::string& path, IndexMode mode) {
     // The larger page pays: long lists of places stand in few of them.
     if (mode == IndexMode::Update)
         m_database.SetPragma("page_size", "8192");
-    m_database.SetPragma("mmap_size", "1073741824");
+    // Mapped pages would count as this program's memory while it writes.
+    m_database.SetPragma("mmap_size", mode == IndexMode::Search ? "1073741824" : "0");
     m_database.SetPragma("cache_size", mode == IndexMode::Search ? "-32768" : "-65536");
     m_database.SetPragma("temp_store", "MEMORY");
     if (mode == IndexMode::Search)
