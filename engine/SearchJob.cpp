@@ -40,14 +40,14 @@ SearchItem ItemOf(IndexFile& index, RankedDocument ranked) {
 }
 
 void Search(const SearchJob& job, SearchResults& results) {
-    const std::string alphabetText = ReadAlphabetFile(job.AlphabetFile);
-    Tokenizer tokenizer(Alphabet::Parse(alphabetText));
+    const Alphabet alphabet = LoadAlphabet(job.AlphabetFile);
+    Tokenizer tokenizer(alphabet);
     const auto request = ParseRequestText(job.Request.toStdString(), tokenizer);
     const auto conditions = ParseFileConditions(job.FileConditions.toStdString(), tokenizer);
     const std::string file =
         platform::EncodeName(platform::ToMachine(job.IndexPath) + QLatin1Char('/')).toStdString() +
         kIndexFileName;
-    IndexFile index(file, IndexMode::Search, AlphabetOf(job.AlphabetFile));
+    IndexFile index(file, IndexMode::Search, alphabet.Canonical());
     if (!request)
         return;
     // One reading transaction: an update that commits meanwhile does not mix old and new.

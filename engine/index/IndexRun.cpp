@@ -2,10 +2,10 @@
 // SPDX-License-Identifier: AGPL-3.0-or-later
 #include "engine/index/IndexRun.h"
 
+#include "engine/index/ChunkSources.h"
 #include "engine/index/ReadTask.h"
 #include "engine/readers/ReadRequest.h"
 #include "engine/readers/Reader.h"
-#include "engine/readers/TextRecorder.h"
 #include "platform/LogicalPath.h"
 #include "workers/Pool.h"
 
@@ -40,70 +40,6 @@ QString MemberText(const std::string& path) {
     return QString::fromStdString(path).replace(QLatin1Char('\\'), QLatin1Char('/'));
 }
 
-// The chunks of a document as they come out of the queue.
-class QueuedChunks final : public ChunkSource {
-  public:
-    QueuedChunks(ReadQueue& queue, IncomingDocument& document)
-        : m_queue(queue), m_document(document) {}
-    bool Next(TextChunk& chunk) override {
-        if (!m_queue.TakeChunk(m_document, m_bytes))
-            return false;
-        chunk = UnpackChunk(m_bytes);
-        m_words += chunk.wordCount;
-        return true;
-    }
-    const DocumentEnd& End() override {
-        if (m_document.broken) {
-            m_document.end.state = ReadState::Failed;
-            m_document.end.reason = "the reader gave up in the middle";
-            m_document.end.words = m_words;
-        }
-        return m_document.end;
-    }
-
-  private:
-    ReadQueue& m_queue;
-    IncomingDocument& m_document;
-    std::string m_bytes;
-    std::uint64_t m_words = 0;
-};
-
-// A document of which only the name is known.
-class NameChunk final : public ChunkSource {
-  public:
-    NameChunk(const Alphabet& alphabet, const std::string& name, ReadState state,
-              const std::string& reason) {
-        Tokenizer tokenizer(alphabet);
-        TextRecorder recorder(tokenizer, WordRule::Letters, [this](const TextChunk& chunk) {
-            m_bytes = Pack(chunk);
-        });
-        recorder.Text(name);
-        m_end = recorder.End(state, reason);
-    }
-    bool Next(TextChunk& chunk) override {
-        if (m_bytes.empty() || std::exchange(m_given, true))
-            return false;
-        chunk = UnpackChunk(m_bytes);
-        return true;
-    }
-    const DocumentEnd& End() override { return m_end; }
-
-  private:
-    std::string m_bytes;
-    bool m_given = false;
-    DocumentEnd m_end;
-};
-
-// A row without text, to be replaced.
-class NoChunks final : public ChunkSource {
-  public:
-    bool Next(TextChunk&) override { return false; }
-    const DocumentEnd& End() override { return m_end; }
-
-  private:
-    DocumentEnd m_end;
-};
-
 std::string Words(workers::Ending ending, const std::string& message) {
     switch (ending) {
     case workers::Ending::CannotOpen:
@@ -136,23 +72,24 @@ std::string ReadAlphabetFile(const QString& logicalPath) {
     return content.bytes.toStdString();
 }
 
-std::string AlphabetOf(const QString& logicalPath) {
+Alphabet LoadAlphabet(const QString& logicalPath) {
     try {
-        return Alphabet::Parse(ReadAlphabetFile(logicalPath)).Canonical();
+        return Alphabet::Parse(ReadAlphabetFile(logicalPath));
     } catch (const AlphabetError& error) {
         throw IndexError(IndexFault::Other,
                          platform::DisplayPath(logicalPath).toStdString() + ", " + error.what());
     }
 }
 
+std::string AlphabetOf(const QString& logicalPath) { return LoadAlphabet(logicalPath).Canonical(); }
+
 IndexRun::IndexRun(const IndexJob& job, Progress& progress, IndexReport& report)
     : m_job(job), m_progress(progress), m_report(report) {}
 
 void IndexRun::Run() {
     m_progress.SetStep(1);
-    (void)AlphabetOf(m_job.AlphabetFile); // a clear message before anything is touched
-    m_alphabetText = ReadAlphabetFile(m_job.AlphabetFile);
-    m_alphabet = Alphabet::Parse(m_alphabetText);
+    m_alphabet = LoadAlphabet(m_job.AlphabetFile);
+    m_alphabetText = ReadAlphabetFile(m_job.AlphabetFile); // the workers parse it themselves
     const QString folder = platform::ToMachine(m_job.IndexPath);
     if (folder.isEmpty())
         throw IndexError(IndexFault::Missing, m_job.IndexPath.toStdString());

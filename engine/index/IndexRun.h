@@ -60,9 +60,11 @@ class IndexRun {
 };
 
 // Content of the alphabet file at a logical path; empty when there is none.
-// Throws IndexError when it cannot be understood.
+// Throws IndexError when it cannot be read.
 [[nodiscard]] std::string ReadAlphabetFile(const QString& logicalPath);
-// Canonical form of the alphabet in that file.
+// The alphabet in that file. Throws IndexError, naming file and line.
+[[nodiscard]] Alphabet LoadAlphabet(const QString& logicalPath);
+// Its canonical form.
 [[nodiscard]] std::string AlphabetOf(const QString& logicalPath);
 
 } // namespace engine
