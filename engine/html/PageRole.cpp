@@ -51,9 +51,9 @@ class Rendering final : public DocumentVisitor {
     }
 
   private:
-    // A mail on the way to its attachment has to be read for it.
+    // A document on the way to what is attached to it has to be read for that.
     void PassBy(const FoundDocument& document, MemberSink& attachments) {
-        if (found || document.kind != Kind::Mail)
+        if (found || document.container || !MayHoldOthers(document.kind))
             return;
         HtmlWriter nowhere(m_tokenizer, WordRule::Letters, {}, {}, [](std::string_view) {});
         try {

@@ -178,6 +178,13 @@ void DocumentStore::Touch(std::int64_t id, std::int64_t size, std::int64_t modif
     m_touch.Bind(1, id).Bind(2, size).Bind(3, modified).Run();
 }
 
+void DocumentStore::MarkPartly(std::int64_t id, std::int64_t size, std::int64_t modified,
+                               const std::string& reason) {
+    Touch(id, size, modified);
+    sqlite::Statement mark(m_index.Db(), "UPDATE document SET state = ?2, reason = ?3 WHERE id = ?1");
+    mark.Bind(1, id).Bind(2, static_cast<int>(ReadState::Partly)).Bind(3, reason).Run();
+}
+
 std::int64_t DocumentStore::FolderId(const std::string& path) {
     if (const auto found = m_folders.find(path); found != m_folders.end())
         return found->second;

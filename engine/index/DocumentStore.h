@@ -56,6 +56,9 @@ class DocumentStore {
     void RemoveRow(std::int64_t id);
     // Changes a row's size, time and state without touching its text.
     void Touch(std::int64_t id, std::int64_t size, std::int64_t modified);
+    // The same, for a document of which only a part could be read.
+    void MarkPartly(std::int64_t id, std::int64_t size, std::int64_t modified,
+                    const std::string& reason);
 
     // Row id of a folder, made when it is new. path: machine path.
     [[nodiscard]] std::int64_t FolderId(const std::string& path);

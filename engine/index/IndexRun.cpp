@@ -392,8 +392,8 @@ void IndexRun::WriteDocument(IncomingDocument& document, ReadQueue& queue) {
             m_store->RemoveRow(fileId);
         DocumentRow row = Row(item, document.head, fileId);
         row.size = item.size;
-        state.provisional = document.head.kind == static_cast<int>(Kind::Mail) ||
-                            IsContainer(static_cast<Kind>(document.head.kind));
+        state.provisional = MayHoldOthers(static_cast<Kind>(document.head.kind));
+        state.read = true;
         row.modified = state.provisional ? -1 : item.modified;
         m_store->Insert(row, chunks);
         state.rowWritten = true;
@@ -425,8 +425,11 @@ void IndexRun::FinishFile(const FinishedFile& file) {
 void IndexRun::WriteByName(const ScanItem& item, FileState& state, const FinishedFile& file,
                            const std::string& reason) {
     const std::int64_t id = Claim(item, state);
-    if (state.rowWritten && !state.provisional)
-        return; // its text is in; only what was inside it is missing, and that is listed
+    if (state.read) { // its own text is in; what is inside it is missing
+        m_store->MarkPartly(id, item.size, item.modified, reason);
+        Report(item, {}, ReadState::Partly, reason);
+        return;
+    }
     if (state.rowWritten)
         m_store->RemoveRow(id);
     DocumentRow row = Row(item, {}, id);

@@ -25,6 +25,7 @@ class IndexRun {
     struct FileState {
         std::int64_t id = 0;       // 0: nothing of it written yet
         bool rowWritten = false;
+        bool read = false;         // its own text is in
         bool provisional = false;  // row says "read again" until all members are in
     };
 

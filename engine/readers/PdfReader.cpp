@@ -50,7 +50,7 @@ std::string CountOf(int damaged, int pages) {
 
 } // namespace
 
-void ReadPdf(const Source& source, DocumentSink& sink) {
+void ReadPdf(const Source& source, DocumentSink& sink, MemberSink& /*attachments*/) {
     PdfDocument pdf(source.bytes);
     EmitProperties(pdf, sink);
     const int pages = pdf.PageCount();

@@ -32,6 +32,36 @@ const char* KindName(Kind kind) {
         return "zip";
     case Kind::Tar:
         return "tar";
+    case Kind::Rtf:
+        return "rtf";
+    case Kind::Doc:
+        return "doc";
+    case Kind::Xls:
+        return "xls";
+    case Kind::Xlsb:
+        return "xlsb";
+    case Kind::Ppt:
+        return "ppt";
+    case Kind::Msg:
+        return "msg";
+    case Kind::Mbox:
+        return "mbox";
+    case Kind::Mht:
+        return "mht";
+    case Kind::Chm:
+        return "chm";
+    case Kind::Fb2:
+        return "fb2";
+    case Kind::Xps:
+        return "xps";
+    case Kind::WordPerfect:
+        return "wordperfect";
+    case Kind::Media:
+        return "media";
+    case Kind::Archive:
+        return "archive";
+    case Kind::Compressed:
+        return "compressed";
     }
     return "unknown";
 }
@@ -45,7 +75,7 @@ void ReadDocument(Kind kind, const Source& source, DocumentSink& sink, MemberSin
     case Kind::Xml:
         return ReadXml(source, sink);
     case Kind::Pdf:
-        return ReadPdf(source, sink);
+        return ReadPdf(source, sink, attachments);
     case Kind::Docx:
         return ReadDocx(source, sink);
     case Kind::Xlsx:
@@ -58,8 +88,35 @@ void ReadDocument(Kind kind, const Source& source, DocumentSink& sink, MemberSin
         return ReadEpub(source, sink);
     case Kind::Mail:
         return ReadMail(source, sink, attachments);
+    case Kind::Rtf:
+        return ReadRtf(source, sink);
+    case Kind::Doc:
+        return ReadDoc(source, sink);
+    case Kind::Xls:
+        return ReadXls(source, sink);
+    case Kind::Xlsb:
+        return ReadXlsb(source, sink);
+    case Kind::Ppt:
+        return ReadPpt(source, sink);
+    case Kind::Msg:
+        return ReadMsg(source, sink, attachments);
+    case Kind::Mht:
+        return ReadMht(source, sink);
+    case Kind::Chm:
+        return ReadChm(source, sink);
+    case Kind::Fb2:
+        return ReadFb2(source, sink);
+    case Kind::Xps:
+        return ReadXps(source, sink);
+    case Kind::WordPerfect:
+        return ReadWordPerfect(source, sink);
+    case Kind::Media:
+        return ReadMedia(source, sink);
     case Kind::Zip:
     case Kind::Tar:
+    case Kind::Mbox:
+    case Kind::Archive:
+    case Kind::Compressed:
     case Kind::Unknown:
         break;
     }

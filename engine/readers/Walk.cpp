@@ -49,13 +49,16 @@ class ContainerSink final : public MemberSink {
     std::string m_path;
 };
 
-// Keeps a mail's attachments until the mail itself has been read: ">{n:0}|NAME".
+// Keeps what is attached until the document itself has been read. A mail's attachments are told
+// from the messages of a mail store by their mark: ">{n:0}|NAME", all others are ">n|NAME".
 class AttachmentSink final : public MemberSink {
   public:
-    AttachmentSink(DocumentVisitor& visitor, std::string prefix)
-        : m_visitor(visitor), m_prefix(std::move(prefix)) {}
+    AttachmentSink(DocumentVisitor& visitor, std::string prefix, bool ofMail)
+        : m_visitor(visitor), m_prefix(std::move(prefix)), m_ofMail(ofMail) {}
     bool Wants(std::string_view path) override {
-        m_path = m_prefix + ">{" + std::to_string(m_next++) + ":0}|" + EscapeMarks(path);
+        const std::string number = std::to_string(m_next++);
+        m_path = m_prefix + ">" + (m_ofMail ? "{" + number + ":0}" : number) + "|" +
+                 EscapeMarks(path);
         return m_visitor.Wants(m_path);
     }
     void Receive(const Member& member) override {
@@ -71,6 +74,7 @@ class AttachmentSink final : public MemberSink {
   private:
     DocumentVisitor& m_visitor;
     std::string m_prefix;
+    bool m_ofMail;
     int m_next = 0;
     std::string m_path;
 };
@@ -104,7 +108,10 @@ void Walker::WalkContainer(FoundDocument& document, int depth) {
                               WalkMember(document, member, path, depth + 1);
                           });
     try {
-        ReadArchive(document.source, members);
+        if (document.kind == Kind::Mbox)
+            ReadMbox(document.source, members);
+        else
+            ReadArchive(document.source, members);
     } catch (const ReadError& error) {
         document.state = error.state;
         document.reason = error.what();
@@ -123,7 +130,8 @@ void Walker::Walk(FoundDocument document, int depth) {
             document.reason = media != nullptr ? media : "unknown kind of file";
         }
     }
-    AttachmentSink attachments(m_visitor, document.path);
+    const bool ofMail = document.kind == Kind::Mail || document.kind == Kind::Msg;
+    AttachmentSink attachments(m_visitor, document.path, ofMail);
     m_visitor.Visit(document, attachments);
     for (const AttachmentSink::Kept& kept : attachments.kept) {
         Member member = kept.member;

@@ -18,7 +18,8 @@ using testing::HasSubstr;
 using testing::IsEmpty;
 
 void ReadInto(const std::string& file, RecordingSink& sink) {
-    ReadPdf({file, "file.pdf"}, sink);
+    MemberRecorder attachments;
+    ReadPdf({file, "file.pdf"}, sink, attachments);
     EXPECT_TRUE(sink.Whole()) << sink.text;
 }
 RecordingSink Read(const std::string& file) {
@@ -229,7 +230,8 @@ TEST(PdfReader, SinksMayStopTheRead) {
     for (int i = 0; i < 5; ++i)
         maker.AddPage(PdfMaker::Lines({"text"}));
     StoppingSink sink;
-    EXPECT_THROW(ReadPdf({maker.Make(), "f.pdf"}, sink), StopReading);
+    MemberRecorder attachments;
+    EXPECT_THROW(ReadPdf({maker.Make(), "f.pdf"}, sink, attachments), StopReading);
     EXPECT_EQ(sink.pages, 2);
 }
 

@@ -1,0 +1,3 @@
+// Compound files through libgsf.
+// SPDX-License-Identifier: AGPL-3.0-or-later
+#include "engine/readers/CompoundFile.h"
