@@ -14,30 +14,43 @@
 namespace engine {
 namespace {
 
-SearchItem ItemOf(IndexFile& index, RankedDocument ranked) {
-    sqlite::Statement row(index.Db(),
-                          "SELECT d.name, f.path, d.file, d.path, d.display, d.modified, d.size "
-                          "FROM document d JOIN folder f ON f.id = d.folder WHERE d.id = ?1");
-    row.Bind(1, ranked.id);
-    SearchItem item;
-    item.Id = ranked.id;
-    item.Hits = std::move(ranked.hits);
-    if (!row.Step())
+// Looks up what people see of documents.
+class Items {
+  public:
+    explicit Items(IndexFile& index)
+        : m_row(index.Db(),
+                "SELECT d.name, f.path, d.file, d.path, d.display, d.modified, d.size "
+                "FROM document d JOIN folder f ON f.id = d.folder WHERE d.id = ?1",
+                sqlite::Use::Often) {}
+
+    SearchItem Make(FoundByWords found) {
+        SearchItem item;
+        item.Id = found.id;
+        item.Hits = std::move(found.hits);
+        m_row.Bind(1, found.id);
+        if (m_row.Step())
+            Fill(item);
+        m_row.Reset();
         return item;
-    const auto text = [&](int column) {
-        const auto bytes = row.Blob(column);
-        return QByteArray(bytes.data(), static_cast<qsizetype>(bytes.size()));
-    };
-    const QByteArray folder = text(1);
-    item.FileName = QString::fromUtf8(text(0));
-    item.Spelling = platform::DecodeName(folder + (folder == "/" ? "" : "/") + text(2)) +
-                    QString::fromUtf8(text(3)).replace(QLatin1Char('\\'), QLatin1Char('/'));
-    item.DisplayName = QString::fromUtf8(text(4));
-    if (row.Int64(5) > 0)
-        item.Date = QDateTime::fromMSecsSinceEpoch(row.Int64(5) / 1'000'000);
-    item.Size = row.Int64(6);
-    return item;
-}
+    }
+
+  private:
+    QByteArray Bytes(int column) const {
+        const auto bytes = m_row.Blob(column);
+        return {bytes.data(), static_cast<qsizetype>(bytes.size())};
+    }
+    void Fill(SearchItem& item) const {
+        const QByteArray folder = Bytes(1);
+        item.FileName = QString::fromUtf8(Bytes(0));
+        item.Spelling = platform::DecodeName(folder + (folder == "/" ? "" : "/") + Bytes(2)) +
+                        QString::fromUtf8(Bytes(3)).replace(QLatin1Char('\\'), QLatin1Char('/'));
+        item.DisplayName = QString::fromUtf8(Bytes(4));
+        if (m_row.Int64(5) > 0)
+            item.Date = QDateTime::fromMSecsSinceEpoch(m_row.Int64(5) / 1'000'000);
+        item.Size = m_row.Int64(6);
+    }
+    sqlite::Statement m_row;
+};
 
 void Search(const SearchJob& job, SearchResults& results) {
     const Alphabet alphabet = LoadAlphabet(job.AlphabetFile);
@@ -57,8 +70,9 @@ void Search(const SearchJob& job, SearchResults& results) {
     Vocabulary vocabulary(index, job.StemLanguage.toStdString());
     const SynonymUse synonyms{job.Synonyms, thesaurus.get()};
     SearchRun run(index, MakePlan(*request, conditions.get(), vocabulary, synonyms));
-    for (RankedDocument& ranked : run.Run(static_cast<std::size_t>(std::max(job.MaxFiles, 0))))
-        results.items.push_back(ItemOf(index, std::move(ranked)));
+    Items items(index);
+    for (FoundByWords& ranked : run.Run(static_cast<std::size_t>(std::max(job.MaxFiles, 0))))
+        results.items.push_back(items.Make(std::move(ranked)));
     results.found = run.Found();
 }
 

@@ -49,10 +49,7 @@ int Create(void* context, const char**, int, Fts5Tokenizer** out) {
 
 void Delete(Fts5Tokenizer*) {}
 
-int Tokenize(Fts5Tokenizer* tokenizer, void* context, int flags, const char* text, int length,
-             TokenOut out) {
-    if ((flags & FTS5_TOKENIZE_QUERY) != 0)
-        return HandOn({text, static_cast<std::size_t>(length)}, context, out);
+int Tokenize(Fts5Tokenizer* tokenizer, void* context, int, const char*, int, TokenOut out) {
     auto* state = reinterpret_cast<Feed::State*>(tokenizer);
     if (state->source == nullptr)
         return SQLITE_MISUSE;
@@ -73,12 +70,13 @@ int Tokenize(Fts5Tokenizer* tokenizer, void* context, int flags, const char* tex
 Feed::Feed(sqlite::Database& database) : m_state(new State) {
     std::unique_ptr<State> state(m_state);
     sqlite::Statement statement(database, "SELECT fts5(?1)");
-    sqlite3_bind_pointer(statement.Handle(), 1, &m_api, "fts5_api_ptr", nullptr);
+    fts5_api* api = nullptr;
+    sqlite3_bind_pointer(statement.Handle(), 1, &api, "fts5_api_ptr", nullptr);
     statement.Step();
-    if (m_api == nullptr)
+    if (api == nullptr)
         throw sqlite::Error(SQLITE_ERROR, "this SQLite has no FTS5");
     fts5_tokenizer tokenizer{&Create, &Delete, &Tokenize};
-    const int rc = m_api->xCreateTokenizer(m_api, "velmora_feed", state.release(), &tokenizer,
+    const int rc = api->xCreateTokenizer(api, "velmora_feed", state.release(), &tokenizer,
                                            [](void* owned) { delete static_cast<State*>(owned); });
     if (rc != SQLITE_OK)
         throw sqlite::Error(rc, "cannot register the tokenizer");

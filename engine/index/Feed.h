@@ -6,9 +6,6 @@
 
 #include <string_view>
 
-struct Fts5ExtensionApi;
-struct fts5_api;
-
 namespace engine {
 
 // Words of the document that is being put in or taken out, chunk by chunk.
@@ -20,8 +17,7 @@ class TermSource {
     virtual bool Next(std::string_view& terms) = 0;
 };
 
-// The tokenizer "velmora_feed" of one connection. Requests are given as words parted by line
-// feeds. Lives as long as the connection.
+// The tokenizer "velmora_feed" of one connection. Lives as long as the connection.
 class Feed {
   public:
     explicit Feed(sqlite::Database& database);
@@ -33,12 +29,10 @@ class Feed {
     void Set(TermSource* source);
     // Throws what the source threw, if it did.
     void Rethrow();
-    [[nodiscard]] fts5_api* Api() const { return m_api; }
 
     struct State;
 
   private:
-    fts5_api* m_api = nullptr;
     State* m_state; // owned by the connection once registered
 };
 

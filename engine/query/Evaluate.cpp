@@ -6,50 +6,31 @@
 #include <utility>
 
 namespace engine {
-namespace {
 
 using Kind = RequestNode::Kind;
 
-class Evaluation {
-  public:
-    explicit Evaluation(DocumentFacts& facts) : m_facts(facts) {}
-    void Visit(PlanNode& node, const Spans* field);
-
-  private:
-    void VisitPhrase(PlanNode& node, const Spans* field);
-    void Places(const Slot& slot, std::vector<std::uint32_t>& places);
-
-    DocumentFacts& m_facts;
-    std::vector<std::uint32_t> m_places;
-};
-
-void Evaluation::Places(const Slot& slot, std::vector<std::uint32_t>& places) {
-    places.clear();
+void Evaluation::Places(const Slot& slot) {
     if (!slot.any) {
-        m_facts.SlotPlaces(slot, places);
+        m_facts.SlotPlaces(slot, m_places);
         return;
     }
+    m_places.clear();
     const std::uint32_t count = m_facts.WordCount();
     for (std::uint32_t word = 1; word <= count; ++word)
-        places.push_back(word);
+        m_places.push_back(word);
 }
 
 void Evaluation::VisitPhrase(PlanNode& node, const Spans* field) {
     node.spans.clear();
-    if (node.joined) {
-        m_places.clear();
-        m_facts.PhrasePlaces(node, m_places);
-        const auto length = static_cast<std::uint32_t>(node.slots.size());
-        for (const std::uint32_t first : m_places)
-            node.spans.push_back({first, first + length - 1});
-    } else if (!node.slots.empty()) {
-        Places(node.slots.front(), m_places);
-        for (const std::uint32_t word : m_places)
-            node.spans.push_back({word, word});
-        for (std::size_t i = 1; i < node.slots.size() && !node.spans.empty(); ++i) {
-            Places(node.slots[i], m_places);
-            node.spans = Followed(node.spans, m_places);
+    for (std::size_t i = 0; i < node.slots.size() && (i == 0 || !node.spans.empty()); ++i) {
+        Places(node.slots[i]);
+        if (i > 0) {
+            KeepFollowed(node.spans, m_places);
+            continue;
         }
+        node.spans.resize(m_places.size());
+        for (std::size_t place = 0; place < m_places.size(); ++place)
+            node.spans[place] = {m_places[place], m_places[place]};
     }
     if (field != nullptr)
         node.spans = Inside(node.spans, *field);
@@ -68,30 +49,37 @@ void Evaluation::Visit(PlanNode& node, const Spans* field) {
     }
     if (node.left)
         Visit(*node.left, field);
-    const bool judged = node.decided || (node.kind == Kind::And && !node.left->matched);
-    if (node.right && !judged)
-        Visit(*node.right, field);
-    PlanNode* left = node.left.get();
-    PlanNode* right = node.right.get();
+    // What needs both sides need not ask for the second without the first.
+    const bool decided = node.right && !node.left->matched && node.kind != Kind::Or;
     node.spans.clear();
-    const auto byInstances = [&](Spans spans) {
-        node.spans = std::move(spans);
-        node.matched = !node.spans.empty();
-    };
+    node.matched = false;
+    if (decided)
+        return;
+    if (node.right)
+        Visit(*node.right, field);
+    Combine(node, field);
+}
+
+void Evaluation::Combine(PlanNode& node, const Spans* field) {
+    const PlanNode* left = node.left.get();
+    const PlanNode* right = node.right.get();
     switch (node.kind) {
     case Kind::And:
-        node.matched = left->matched && right->matched;
+        node.matched = right->matched;
         if (node.matched)
-            node.spans = Union(left->spans, right->spans);
+            Unite(left->spans, right->spans, node.spans);
         break;
     case Kind::Or:
         node.matched = left->matched || right->matched;
-        if (node.matched)
-            node.spans = Union(left->matched ? left->spans : Spans(),
-                               right->matched ? right->spans : Spans());
+        if (!right->matched)
+            node.spans = left->spans;
+        else if (!left->matched)
+            node.spans = right->spans;
+        else
+            Unite(left->spans, right->spans, node.spans);
         break;
     case Kind::AndNot:
-        node.matched = left->matched && (node.decided || !right->matched);
+        node.matched = !right->matched;
         if (node.matched)
             node.spans = left->spans;
         break;
@@ -99,22 +87,26 @@ void Evaluation::Visit(PlanNode& node, const Spans* field) {
         node.matched = !left->matched;
         break;
     case Kind::Near:
-        byInstances(Near(left->spans, right->spans, node.distance));
+        Near(left->spans, right->spans, node.distance, m_scratch, node.spans);
+        node.matched = !node.spans.empty();
         break;
     case Kind::Before:
-        byInstances(Before(left->spans, right->spans, node.distance));
+        node.spans = Before(left->spans, right->spans, node.distance);
+        node.matched = !node.spans.empty();
         break;
     case Kind::NotNear:
-        byInstances(NotNear(left->spans, right->spans, node.distance));
+        NotNear(left->spans, right->spans, node.distance, node.spans);
+        node.matched = !node.spans.empty();
         break;
     case Kind::FirstWord:
     case Kind::LastWord: {
         const std::uint32_t count = m_facts.WordCount();
         const std::uint32_t word = node.kind == Kind::FirstWord ? 1 : count;
-        Spans spans;
         if (count > 0)
-            spans.push_back({word, word});
-        byInstances(field == nullptr ? spans : Inside(spans, *field));
+            node.spans.push_back({word, word});
+        if (field != nullptr)
+            node.spans = Inside(node.spans, *field);
+        node.matched = !node.spans.empty();
         break;
     }
     case Kind::NameIs:
@@ -127,13 +119,6 @@ void Evaluation::Visit(PlanNode& node, const Spans* field) {
     case Kind::Contains:
         break;
     }
-}
-
-} // namespace
-
-bool Evaluate(PlanNode& root, DocumentFacts& facts) {
-    Evaluation(facts).Visit(root, nullptr);
-    return root.matched;
 }
 
 } // namespace engine

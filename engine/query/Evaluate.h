@@ -14,16 +14,32 @@ namespace engine {
 class DocumentFacts {
   public:
     virtual ~DocumentFacts() = default;
-    // Word numbers, ascending, at which one of the slot's words stands.
+    // Word numbers, ascending, at which one of the slot's words stands. Replaces what places holds.
     virtual void SlotPlaces(const Slot& slot, std::vector<std::uint32_t>& places) = 0;
-    // Word numbers, ascending, at which the joined phrase begins.
-    virtual void PhrasePlaces(const PlanNode& phrase, std::vector<std::uint32_t>& places) = 0;
     [[nodiscard]] virtual std::uint32_t WordCount() = 0;
     [[nodiscard]] virtual Spans FieldRanges(const std::string& name) = 0;
     [[nodiscard]] virtual bool NameMatches(const std::string& pattern) = 0;
 };
 
-// Whether the document satisfies the tree; root.spans are then the instances, in word numbers.
-[[nodiscard]] bool Evaluate(PlanNode& root, DocumentFacts& facts);
+// Judges documents one after the other; keeps its memory between them.
+class Evaluation {
+  public:
+    explicit Evaluation(DocumentFacts& facts) : m_facts(facts) {}
+    // Whether the document satisfies the tree; root.spans are then the instances, in word numbers.
+    [[nodiscard]] bool Judge(PlanNode& root) {
+        Visit(root, nullptr);
+        return root.matched;
+    }
+
+  private:
+    void Visit(PlanNode& node, const Spans* field);
+    void VisitPhrase(PlanNode& node, const Spans* field);
+    void Combine(PlanNode& node, const Spans* field);
+    void Places(const Slot& slot);
+
+    DocumentFacts& m_facts;
+    std::vector<std::uint32_t> m_places;
+    Spans m_scratch;
+};
 
 } // namespace engine

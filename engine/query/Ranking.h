@@ -11,14 +11,23 @@ namespace engine {
 
 struct RankedDocument {
     std::int64_t id = 0;
-    std::vector<std::uint32_t> hits; // word numbers, ascending
+    std::size_t count = 0; // of hits
 };
 
 class Ranking {
   public:
     explicit Ranking(std::size_t most) : m_most(most) {}
-    // Copies the hits when they are enough to get in.
-    void Add(std::int64_t id, const std::vector<std::uint32_t>& hits);
+    void Add(std::int64_t id, std::size_t count) {
+        ++m_found;
+        if (m_full && count <= m_least) {
+            if (count == m_least)
+                m_ties.push_back(id);
+            return;
+        }
+        m_candidates.push_back({id, count});
+        if (m_candidates.size() >= 4 * m_most + 64)
+            Shrink();
+    }
     [[nodiscard]] std::uint64_t Found() const { return m_found; }
     // The best, most hits first, ties by name. Empties the ranking.
     [[nodiscard]] std::vector<RankedDocument> TakeBest(IndexFile& index);
@@ -31,7 +40,7 @@ class Ranking {
     bool m_full = false;                      // there are m_most; then:
     std::size_t m_least = 0;                  // fewer hits cannot get in any more
     std::vector<RankedDocument> m_candidates; // with more than m_least
-    std::vector<RankedDocument> m_ties;       // with exactly m_least, in case not all have more
+    std::vector<std::int64_t> m_ties;         // with exactly m_least, in case not all have more
 };
 
 } // namespace engine

@@ -1,52 +1,49 @@
-// Runs a plan: streams candidates, judges each, ranks, and fetches the hits of the best.
+// Runs a plan: goes from one document that can match to the next, judges each, ranks them, and
+// fetches the hits of the best.
 // SPDX-License-Identifier: AGPL-3.0-or-later
 #pragma once
 
 #include "engine/query/Evaluate.h"
 #include "engine/query/Ranking.h"
+#include "engine/query/SlotCursor.h"
 
 #include <cstdint>
-#include <exception>
 #include <memory>
-#include <string>
-#include <unordered_map>
 #include <vector>
-
-struct Fts5Context;
-struct Fts5ExtensionApi;
 
 namespace engine {
 
+struct FoundByWords {
+    std::int64_t id = 0;
+    std::vector<std::uint32_t> hits; // word numbers, ascending
+};
+
 class SearchRun {
   public:
+    // index stands in a reading transaction until the end of Run.
     SearchRun(IndexFile& index, Plan plan);
     ~SearchRun();
-    // The best documents with their hits. Throws sqlite::Error.
-    [[nodiscard]] std::vector<RankedDocument> Run(std::size_t most);
+    // The best documents, most hits first, ties by name. Throws sqlite::Error.
+    [[nodiscard]] std::vector<FoundByWords> Run(std::size_t most);
+    // How many satisfy the request.
     [[nodiscard]] std::uint64_t Found() const { return m_found; }
 
-    // Called by the database for each candidate; answers the number of hits, -1 for no match.
-    [[nodiscard]] std::int64_t Judge(const Fts5ExtensionApi* api, Fts5Context* row);
-    // Called by the database: notes where the phrases of the expression stand in the row.
-    void TakePlaces(const Fts5ExtensionApi* api, Fts5Context* row);
-
   private:
-    class RowFacts;
-    class BatchFacts;
-    class Names;
-    void RankCandidates(Ranking& ranking);
-    void RankGathered(Ranking& ranking);
-    void Gather(const std::string& expression, std::int64_t first, std::int64_t last,
-                std::unordered_map<std::int64_t, std::vector<std::uint32_t>>& places);
-    void LoadSlots(PlanNode& node, BatchFacts& batch, std::int64_t first, std::int64_t last);
+    class Facts;
+    void OpenCursors();
+    void Open(const PlanNode& node);
+    [[nodiscard]] std::int64_t Next(const PlanNode& node, std::int64_t from);
+    [[nodiscard]] std::int64_t NextOfPhrase(const PlanNode& node, std::int64_t from);
+    [[nodiscard]] std::int64_t NextOfBoth(const PlanNode& node, std::int64_t from);
+    void RankWord(Ranking& ranking);
+    void RankJudged(Ranking& ranking);
 
     IndexFile& m_index;
     Plan m_plan;
-    std::unique_ptr<Names> m_names;
+    PostingIndex m_postings;
+    std::vector<SlotCursor> m_cursors; // by slot number
+    std::unique_ptr<Facts> m_facts;
     std::uint64_t m_found = 0;
-    Ranking* m_ranking = nullptr;             // while candidates are ranked
-    std::vector<std::uint32_t> m_hits;        // of the row at hand
-    std::exception_ptr m_failure;
 };
 
 } // namespace engine

@@ -8,50 +8,45 @@
 namespace engine {
 namespace {
 
-// For each span of a, whether b has a span within distance. Of those that start no earlier the
-// nearest is the first; of those that start earlier it is the one that reaches farthest.
-std::vector<bool> HasNeighbour(const Spans& a, const Spans& b, std::uint32_t distance) {
-    std::vector<bool> near(a.size());
+// Appends the spans of a that have a span of b within distance, or those that have none. Of those
+// that start no earlier the nearest is the first; of those that start earlier it is the one that
+// reaches farthest.
+void Pick(const Spans& a, const Spans& b, std::uint32_t distance, bool wanted, Spans& picked) {
     std::size_t later = 0;
-    std::uint32_t reach = 0;
-    for (std::size_t i = 0; i < a.size(); ++i) {
-        while (later < b.size() && b[later].first < a[i].first)
-            reach = std::max(reach, b[later++].last);
-        const bool before = later > 0 && std::uint64_t{reach} + distance >= a[i].first;
-        std::size_t next = later;
-        if (next < b.size() && b[next] == a[i])
-            ++next;
-        const bool after =
-            next < b.size() && b[next].first <= std::uint64_t{a[i].last} + distance;
-        near[i] = before || after;
+    std::uint64_t reach = 0;
+    for (const Span& span : a) {
+        while (later < b.size() && b[later].first < span.first)
+            reach = std::max<std::uint64_t>(reach, b[later++].last);
+        const std::size_t next = later < b.size() && b[later] == span ? later + 1 : later;
+        const bool near = (later > 0 && reach + distance >= span.first) ||
+                          (next < b.size() && b[next].first <= std::uint64_t{span.last} + distance);
+        if (near == wanted)
+            picked.push_back(span);
     }
-    return near;
-}
-
-Spans Pick(const Spans& spans, const std::vector<bool>& chosen, bool wanted) {
-    Spans picked;
-    for (std::size_t i = 0; i < spans.size(); ++i)
-        if (chosen[i] == wanted)
-            picked.push_back(spans[i]);
-    return picked;
 }
 
 } // namespace
 
-Spans Union(const Spans& a, const Spans& b) {
-    Spans all;
-    all.reserve(a.size() + b.size());
+void Unite(const Spans& a, const Spans& b, Spans& all) {
+    all.clear();
     std::set_union(a.begin(), a.end(), b.begin(), b.end(), std::back_inserter(all));
-    return all;
 }
 
-Spans Near(const Spans& a, const Spans& b, std::uint32_t distance) {
-    return Union(Pick(a, HasNeighbour(a, b, distance), true),
-                 Pick(b, HasNeighbour(b, a, distance), true));
+void Near(const Spans& a, const Spans& b, std::uint32_t distance, Spans& scratch, Spans& near) {
+    scratch.clear();
+    Pick(a, b, distance, true, scratch);
+    near.clear();
+    if (scratch.empty())
+        return; // nearness is mutual
+    const auto ofA = static_cast<std::ptrdiff_t>(scratch.size());
+    Pick(b, a, distance, true, scratch);
+    std::set_union(scratch.begin(), scratch.begin() + ofA, scratch.begin() + ofA, scratch.end(),
+                   std::back_inserter(near));
 }
 
-Spans NotNear(const Spans& a, const Spans& b, std::uint32_t distance) {
-    return Pick(a, HasNeighbour(a, b, distance), false);
+void NotNear(const Spans& a, const Spans& b, std::uint32_t distance, Spans& apart) {
+    apart.clear();
+    Pick(a, b, distance, false, apart);
 }
 
 Spans Before(const Spans& a, const Spans& b, std::uint32_t distance) {
@@ -73,7 +68,9 @@ Spans Before(const Spans& a, const Spans& b, std::uint32_t distance) {
         if (end != ends.begin() && span.first - *std::prev(end) <= distance)
             right.push_back(span);
     }
-    return Union(found, right);
+    Spans both;
+    Unite(found, right, both);
+    return both;
 }
 
 Spans Inside(const Spans& spans, const Spans& ranges) {
@@ -87,16 +84,16 @@ Spans Inside(const Spans& spans, const Spans& ranges) {
     return inside;
 }
 
-Spans Followed(const Spans& spans, const std::vector<std::uint32_t>& next) {
-    Spans longer;
+void KeepFollowed(Spans& spans, const std::vector<std::uint32_t>& next) {
     std::size_t at = 0;
+    std::size_t kept = 0;
     for (const Span& span : spans) {
         while (at < next.size() && next[at] <= span.last)
             ++at;
         if (at < next.size() && next[at] == span.last + 1)
-            longer.push_back({span.first, span.last + 1});
+            spans[kept++] = {span.first, span.last + 1};
     }
-    return longer;
+    spans.resize(kept);
 }
 
 std::vector<std::uint32_t> Cover(const Spans& spans) {
@@ -106,6 +103,17 @@ std::vector<std::uint32_t> Cover(const Spans& spans) {
         for (std::uint32_t word = std::max(span.first, done + 1); word <= span.last; ++word)
             words.push_back(done = word);
     return words;
+}
+
+std::size_t Covered(const Spans& spans) {
+    std::size_t count = 0;
+    std::uint32_t done = 0;
+    for (const Span& span : spans)
+        if (span.last > done) {
+            count += span.last - std::max(span.first, done + 1) + 1;
+            done = span.last;
+        }
+    return count;
 }
 
 } // namespace engine

@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: AGPL-3.0-or-later
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <vector>
 
@@ -14,19 +15,23 @@ struct Span {
 };
 using Spans = std::vector<Span>; // sorted, without repeats
 
+// Results replace what the last argument holds, whose memory is used again.
+
 // Instances of either side that have one of the other within distance words: the distance is
 // that from the end of the earlier to the start of the later. An instance is never near itself.
-[[nodiscard]] Spans Near(const Spans& a, const Spans& b, std::uint32_t distance);
+void Near(const Spans& a, const Spans& b, std::uint32_t distance, Spans& scratch, Spans& near);
 // The same where the instance of a stands before that of b.
 [[nodiscard]] Spans Before(const Spans& a, const Spans& b, std::uint32_t distance);
 // Instances of a without an instance of b within distance.
-[[nodiscard]] Spans NotNear(const Spans& a, const Spans& b, std::uint32_t distance);
-[[nodiscard]] Spans Union(const Spans& a, const Spans& b);
+void NotNear(const Spans& a, const Spans& b, std::uint32_t distance, Spans& apart);
+void Unite(const Spans& a, const Spans& b, Spans& all);
 // Those that lie wholly inside one of the ranges.
 [[nodiscard]] Spans Inside(const Spans& spans, const Spans& ranges);
-// Adds one more word behind each span: those whose last word is followed by a place in next.
-[[nodiscard]] Spans Followed(const Spans& spans, const std::vector<std::uint32_t>& next);
+// Adds one more word behind each span; spans stay whose last word is followed by a place in next.
+void KeepFollowed(Spans& spans, const std::vector<std::uint32_t>& next);
 // All word numbers that the spans cover, ascending, without repeats.
 [[nodiscard]] std::vector<std::uint32_t> Cover(const Spans& spans);
+// How many they are.
+[[nodiscard]] std::size_t Covered(const Spans& spans);
 
 } // namespace engine

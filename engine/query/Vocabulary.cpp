@@ -157,8 +157,12 @@ void Vocabulary::ForEach(std::string_view prefix, const Visit& visit) {
 std::vector<std::string> Vocabulary::Expand(const WordPattern& pattern) {
     using Kind = WordPattern::Kind;
     std::vector<std::string> words;
+    // A beginning costs no comparison, and people shorten it at will.
+    const bool isBeginning =
+        pattern.kind == Kind::Wildcard && pattern.text.find_first_of("*?") + 1 == pattern.text.size();
+    const std::size_t most = isBeginning ? kMostBeginningWords : kMostPatternWords;
     const auto take = [&](std::string_view word) {
-        if (words.size() == kMostPatternWords)
+        if (words.size() == most)
             throw RequestError(RequestError::Reason::TooManyWords, pattern.position, pattern.text);
         words.emplace_back(word);
     };

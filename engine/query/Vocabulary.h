@@ -15,6 +15,7 @@ namespace engine {
 
 // More words than this are too many for one pattern.
 inline constexpr std::size_t kMostPatternWords = 50'000;
+inline constexpr std::size_t kMostBeginningWords = 1'000'000; // for one that is "abc*"
 
 class Vocabulary {
   public:
