@@ -69,6 +69,19 @@ std::vector<std::string_view> Cut(std::string_view line) {
     return parts;
 }
 
+// An ending, and what stands in its place in the base form; by part, as the net's own tools do it.
+struct Ending {
+    std::size_t part; // in kParts
+    std::string_view inflected, base;
+};
+constexpr std::array kEndings{
+    Ending{0, "s", ""},      Ending{0, "ses", "s"}, Ending{0, "xes", "x"},   Ending{0, "zes", "z"},
+    Ending{0, "ches", "ch"}, Ending{0, "shes", "sh"}, Ending{0, "men", "man"}, Ending{0, "ies", "y"},
+    Ending{1, "s", ""},      Ending{1, "ies", "y"}, Ending{1, "es", "e"},    Ending{1, "es", ""},
+    Ending{1, "ed", "e"},    Ending{1, "ed", ""},   Ending{1, "ing", "e"},   Ending{1, "ing", ""},
+    Ending{2, "er", ""},     Ending{2, "est", ""},  Ending{2, "er", "e"},    Ending{2, "est", "e"},
+};
+
 std::size_t Number(std::string_view text, int base = 10) {
     std::size_t value = 0;
     std::from_chars(text.data(), text.data() + text.size(), value, base);
@@ -84,25 +97,45 @@ class WordNet final : public Thesaurus {
             if (!m_index[i].Open(QString::fromLatin1(kFolder) + QStringLiteral("index.") + part) ||
                 !m_data[i].Open(QString::fromLatin1(kFolder) + QStringLiteral("data.") + part))
                 return false;
+            (void)m_exceptions[i].Open(QString::fromLatin1(kFolder) + part + QStringLiteral(".exc"));
         }
         return true;
     }
 
     std::vector<std::vector<std::string>> Synonyms(std::string_view word) const override {
         std::set<std::vector<std::string>> found;
-        for (std::size_t part = 0; part < kParts.size(); ++part) {
-            const auto fields = Cut(m_index[part].LineOf(word));
-            // lemma, part, count of sets, count of pointers, pointers…, two counts, sets…
-            if (fields.size() < 6)
-                continue;
-            for (std::size_t i = fields.size() - std::min(Number(fields[2]), fields.size()); i < fields.size(); ++i)
-                AddSet(part, Number(fields[i]), m_related, found);
-        }
+        for (std::size_t part = 0; part < kParts.size(); ++part)
+            for (const std::string& form : BaseForms(part, word))
+                AddWord(part, form, found);
         found.erase({std::string(word)});
         return {found.begin(), found.end()};
     }
 
   private:
+    // What stands in the net for a word as it is written: "mice" and "running" too.
+    std::set<std::string> BaseForms(std::size_t part, std::string_view word) const {
+        std::set<std::string> forms{std::string(word)};
+        const auto irregular = Cut(m_exceptions[part].LineOf(word));
+        for (std::size_t i = 1; i < irregular.size(); ++i)
+            forms.emplace(irregular[i]);
+        for (const Ending& ending : kEndings)
+            if (ending.part == part && word.size() > ending.inflected.size() &&
+                word.ends_with(ending.inflected))
+                forms.insert(std::string(word.substr(0, word.size() - ending.inflected.size())) +
+                             std::string(ending.base));
+        return forms;
+    }
+
+    void AddWord(std::size_t part, std::string_view word,
+                 std::set<std::vector<std::string>>& found) const {
+        const auto fields = Cut(m_index[part].LineOf(word));
+        // lemma, part, count of sets, count of pointers, pointers…, two counts, sets…
+        if (fields.size() < 6)
+            return;
+        for (std::size_t i = fields.size() - std::min(Number(fields[2]), fields.size()); i < fields.size(); ++i)
+            AddSet(part, Number(fields[i]), m_related, found);
+    }
+
     // offset, file, type, count of words (hexadecimal), then word and number pairs; count of
     // pointers, then symbol, offset, part and places.
     void AddSet(std::size_t part, std::size_t offset, bool withNeighbours,
@@ -135,7 +168,7 @@ class WordNet final : public Thesaurus {
 
     Tokenizer& m_tokenizer;
     bool m_related;
-    std::array<LineFile, 4> m_index, m_data;
+    std::array<LineFile, 4> m_index, m_data, m_exceptions;
 };
 
 } // namespace

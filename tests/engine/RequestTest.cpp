@@ -70,9 +70,29 @@ TEST_F(RequestLanguage, FindsRelatedWords) {
     EXPECT_EQ(job.Execute().items.size(), 1U);
     job.Synonyms = true;
     EXPECT_EQ(job.Execute().items.size(), 3U);
-    // The English word net knows by itself.
+    // The English word net knows by itself, inflected words too.
     job.UseWordNet = true;
     EXPECT_EQ(job.Execute().items.size(), 3U);
+    job.Request = QStringLiteral("cars&");
+    job.Synonyms = false;
+    EXPECT_EQ(job.Execute().items.size(), 3U);
+}
+
+TEST_F(RequestLanguage, CutsEndingsOfFiveLanguages) {
+    const std::tuple<const char*, const char*, const char*> cases[] = {
+        {"english", "contracts", "contracted"}, {"italian", "contratti", "contratto"},
+        {"german", "vertrages", "vertrag"},     {"spanish", "contratos", "contrato"},
+        {"french", "contractuelles", "contractuel"}};
+    for (const auto& [language, one, other] : cases)
+        Write(QLatin1String(language), QByteArray(one) + " " + other);
+    Update();
+    for (const auto& [language, one, other] : cases) {
+        engine::SearchJob job = Request(QLatin1String(one) + QLatin1Char('~'));
+        job.StemLanguage = QLatin1String(language);
+        const auto found = job.Execute().items;
+        ASSERT_EQ(found.size(), 1U) << language;
+        EXPECT_EQ(found.front().Hits.size(), 2U) << language;
+    }
 }
 
 TEST_F(RequestLanguage, MalformedRequestsNameThePlace) {
