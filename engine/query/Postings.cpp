@@ -99,7 +99,10 @@ PostingIndex::PostingIndex(sqlite::Database& database)
     : m_read(database, "SELECT block FROM words_data WHERE id = ?1", sqlite::Use::Often),
       m_find(database,
              "SELECT pgno FROM words_idx WHERE segid = ?1 AND term <= ?2 ORDER BY term DESC LIMIT 1",
-             sqlite::Use::Often) {
+             sqlite::Use::Often),
+      m_findBehind(database,
+                   "SELECT pgno FROM words_idx WHERE segid = ?1 AND term > ?2 ORDER BY term LIMIT 1",
+                   sqlite::Use::Often) {
     m_read.Bind(1, kStructureId);
     if (!m_read.Step())
         Corrupt();
@@ -206,11 +209,17 @@ void PostingIndex::ReadNext(std::size_t which, std::int64_t number, PostingPage&
     page.last = leaf.firstTerm != 0 || number + 1 == segment.last;
 }
 
-std::int64_t PostingIndex::FirstDocument(std::size_t which, std::int64_t number) {
+std::int64_t PostingIndex::PageBehind(std::size_t which, std::string_view word) {
     const Segment& segment = m_segments[which];
-    if (number > segment.last)
-        return kNoDocument;
-    const Leaf leaf(Page(segment, number));
+    const std::string term = kMainIndex + std::string(word);
+    m_findBehind.Bind(1, segment.id).BindBlobStatic(2, term);
+    const std::int64_t page = m_findBehind.Step() ? m_findBehind.Int64(0) >> 1 : segment.last + 1;
+    m_findBehind.Reset();
+    return page;
+}
+
+std::int64_t PostingIndex::FirstDocument(std::size_t which, std::int64_t number) {
+    const Leaf leaf(Page(m_segments[which], number));
     if (leaf.firstTerm != 0 || leaf.firstRow < kPageHead)
         return kNoDocument;
     return static_cast<std::int64_t>(Reader(leaf.bytes, leaf.firstRow).Number());
@@ -219,6 +228,7 @@ std::int64_t PostingIndex::FirstDocument(std::size_t which, std::int64_t number)
 bool SegmentPostings::Begin(std::string_view word) {
     if (!m_index->FindWord(m_segment, word, m_number, m_page))
         return false;
+    m_word = word;
     m_at = 0;
     m_absolute = true;
     if (m_at == m_page.bytes.size() && !m_page.last)
@@ -276,8 +286,11 @@ void SegmentPostings::TakePlaces(std::size_t size) {
 // steps.
 void SegmentPostings::NextPage(std::int64_t id) {
     const auto isBefore = [&](std::int64_t pages) {
-        return m_index->FirstDocument(m_segment, m_number + pages) <= id;
+        return m_number + pages < m_behind &&
+               m_index->FirstDocument(m_segment, m_number + pages) <= id;
     };
+    if (m_behind == 0)
+        m_behind = m_index->PageBehind(m_segment, m_word);
     if (id - m_id > m_id - m_pageFirst) {
         std::int64_t ahead = 1; // the next page is read in any case
         std::int64_t step = 1;

@@ -42,8 +42,9 @@ class PostingIndex {
     bool FindWord(std::size_t segment, std::string_view word, std::int64_t& number, PostingPage& page);
     // The page behind number, for a list that reaches beyond it.
     void ReadNext(std::size_t segment, std::int64_t number, PostingPage& page);
-    // The number of the first row of a page that belongs wholly to the list at hand; kNoDocument
-    // where the page does not, or has no row.
+    // The first page behind the word's first one on which another word begins.
+    [[nodiscard]] std::int64_t PageBehind(std::size_t segment, std::string_view word);
+    // The document of the first row of a page without a word of its own; kNoDocument: it has none.
     [[nodiscard]] std::int64_t FirstDocument(std::size_t segment, std::int64_t number);
 
   private:
@@ -62,7 +63,7 @@ class PostingIndex {
     [[nodiscard]] std::int64_t PageOf(const Segment& segment, std::string_view term);
     void Parse(Segment& segment, std::int64_t number);
 
-    sqlite::Statement m_read, m_find;
+    sqlite::Statement m_read, m_find, m_findBehind;
     std::vector<Segment> m_segments;
 };
 
@@ -94,7 +95,9 @@ class SegmentPostings {
 
     PostingIndex* m_index;
     std::size_t m_segment;
+    std::string m_word;
     std::int64_t m_number = 0; // of m_page
+    std::int64_t m_behind = 0; // as PageBehind; 0: not asked for yet
     PostingPage m_page;
     std::size_t m_at = 0;      // in m_page.bytes
     bool m_absolute = true;    // the next row names its document in full

@@ -47,6 +47,9 @@ class Postings : public testing::Test {
         if (id % 400 == 7)
             for (int i = 0; i < 20'000; ++i)
                 terms += (i % 3 == 0 ? "often\n" : "w1\n");
+        // Leaps in the first one's list must not land in the other's.
+        for (int i = 0; i < 10; ++i)
+            terms += id < 2000 ? "twin1\ntwin2\n" : "twin2\n";
         return terms + "every\n" + "only" + std::to_string(id) + "\n";
     }
     void Put(std::int64_t id) {
