@@ -28,6 +28,10 @@ class Ranking {
         if (m_candidates.size() >= 4 * m_most + 64)
             Shrink();
     }
+    // Whether a document with that many hits could be among the best.
+    [[nodiscard]] bool CanRank(std::size_t count) const { return !m_full || count >= m_least; }
+    // Counts a document that cannot.
+    void Pass() { ++m_found; }
     [[nodiscard]] std::uint64_t Found() const { return m_found; }
     // The best, most hits first, ties by name. Empties the ranking.
     [[nodiscard]] std::vector<RankedDocument> TakeBest(IndexFile& index);

@@ -111,6 +111,20 @@ class AllDocuments {
     std::int64_t m_id = 0;
 };
 
+// Whether it is enough to know which words a document holds, wherever they stand.
+bool IsDecidedByPresence(const PlanNode& node) {
+    switch (node.kind) {
+    case Kind::Phrase:
+        return node.slots.size() == 1 && !node.slots.front().any;
+    case Kind::And:
+    case Kind::Or:
+    case Kind::AndNot:
+        return IsDecidedByPresence(*node.left) && IsDecidedByPresence(*node.right);
+    default:
+        return false;
+    }
+}
+
 } // namespace
 
 // The document at hand.
@@ -222,6 +236,43 @@ void SearchRun::RankWord(Ranking& ranking) {
         ranking.Add(id, cursor.Count());
 }
 
+bool SearchRun::IsPresent(const PlanNode& node, std::int64_t id) {
+    switch (node.kind) {
+    case Kind::And:
+        return IsPresent(*node.left, id) && IsPresent(*node.right, id);
+    case Kind::Or:
+        return IsPresent(*node.left, id) || IsPresent(*node.right, id);
+    case Kind::AndNot:
+        return IsPresent(*node.left, id) && !IsPresent(*node.right, id);
+    default:
+        return m_cursors[node.slots.front().number].Seek(id) == id;
+    }
+}
+
+// Hits of both sides may coincide, so that these are the most there can be.
+std::size_t SearchRun::MostHits(const PlanNode& node, std::int64_t id) {
+    if (node.kind == Kind::Phrase) {
+        SlotCursor& cursor = m_cursors[node.slots.front().number];
+        return cursor.Seek(id) == id ? cursor.Count() : 0;
+    }
+    return MostHits(*node.left, id) + (node.kind == Kind::AndNot ? 0 : MostHits(*node.right, id));
+}
+
+// Places are only looked at where a document may be among the best.
+void SearchRun::RankByPresence(Ranking& ranking) {
+    Evaluation evaluation(*m_facts);
+    PlanNode& root = *m_plan.root;
+    for (std::int64_t id = Next(root, 1); id != kNoDocument; id = Next(root, id + 1)) {
+        if (!IsPresent(root, id))
+            continue;
+        m_facts->id = id;
+        if (!ranking.CanRank(MostHits(root, id)))
+            ranking.Pass();
+        else if (evaluation.Judge(root))
+            ranking.Add(id, Covered(root.spans));
+    }
+}
+
 void SearchRun::RankJudged(Ranking& ranking) {
     Evaluation evaluation(*m_facts);
     for (std::int64_t id = Next(*m_plan.root, 1); id != kNoDocument; id = Next(*m_plan.root, id + 1)) {
@@ -237,6 +288,8 @@ std::vector<FoundByWords> SearchRun::Run(std::size_t most) {
     const PlanNode& root = *m_plan.root;
     if (root.kind == Kind::Phrase && root.slots.size() == 1 && !root.universal)
         RankWord(ranking);
+    else if (IsDecidedByPresence(root))
+        RankByPresence(ranking);
     else
         RankJudged(ranking);
     m_found = ranking.Found();

@@ -35,7 +35,10 @@ class SearchRun {
     [[nodiscard]] std::int64_t Next(const PlanNode& node, std::int64_t from);
     [[nodiscard]] std::int64_t NextOfPhrase(const PlanNode& node, std::int64_t from);
     [[nodiscard]] std::int64_t NextOfBoth(const PlanNode& node, std::int64_t from);
+    [[nodiscard]] bool IsPresent(const PlanNode& node, std::int64_t id);
+    [[nodiscard]] std::size_t MostHits(const PlanNode& node, std::int64_t id);
     void RankWord(Ranking& ranking);
+    void RankByPresence(Ranking& ranking);
     void RankJudged(Ranking& ranking);
 
     IndexFile& m_index;
