@@ -156,20 +156,20 @@ SearchRun::SearchRun(IndexFile& index, Plan plan)
 
 SearchRun::~SearchRun() = default;
 
-void SearchRun::OpenCursors() {
+void SearchRun::OpenCursors(Visit visit) {
     m_cursors.clear();
     m_cursors.reserve(m_plan.slots);
-    Open(*m_plan.root);
+    Open(*m_plan.root, visit);
     m_facts = std::make_unique<Facts>(m_index, m_cursors);
 }
 
-void SearchRun::Open(const PlanNode& node) {
+void SearchRun::Open(const PlanNode& node, Visit visit) {
     for (const Slot& slot : node.slots)
-        m_cursors.emplace_back(m_postings, slot);
+        m_cursors.emplace_back(m_postings, slot, visit);
     if (node.left)
-        Open(*node.left);
+        Open(*node.left, visit);
     if (node.right)
-        Open(*node.right);
+        Open(*node.right, visit);
 }
 
 std::int64_t SearchRun::NextOfPhrase(const PlanNode& node, std::int64_t from) {
@@ -284,7 +284,7 @@ void SearchRun::RankJudged(Ranking& ranking) {
 
 std::vector<FoundByWords> SearchRun::Run(std::size_t most) {
     Ranking ranking(most);
-    OpenCursors();
+    OpenCursors(Visit::All);
     const PlanNode& root = *m_plan.root;
     if (root.kind == Kind::Phrase && root.slots.size() == 1 && !root.universal)
         RankWord(ranking);
@@ -301,7 +301,7 @@ std::vector<FoundByWords> SearchRun::Run(std::size_t most) {
         byId.emplace_back(best[i].id, i);
     std::sort(byId.begin(), byId.end());
     std::vector<FoundByWords> found(best.size());
-    OpenCursors();
+    OpenCursors(Visit::Few);
     Evaluation evaluation(*m_facts);
     for (const auto& [id, rank] : byId) {
         m_facts->id = id;

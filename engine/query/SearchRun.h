@@ -30,8 +30,8 @@ class SearchRun {
 
   private:
     class Facts;
-    void OpenCursors();
-    void Open(const PlanNode& node);
+    void OpenCursors(Visit visit);
+    void Open(const PlanNode& node, Visit visit);
     [[nodiscard]] std::int64_t Next(const PlanNode& node, std::int64_t from);
     [[nodiscard]] std::int64_t NextOfPhrase(const PlanNode& node, std::int64_t from);
     [[nodiscard]] std::int64_t NextOfBoth(const PlanNode& node, std::int64_t from);

@@ -3,6 +3,7 @@
 #include "engine/query/SlotCursor.h"
 
 #include <algorithm>
+#include <iterator>
 
 namespace engine {
 namespace {
@@ -17,11 +18,11 @@ void SortUnique(std::vector<std::uint32_t>& places) {
 
 } // namespace
 
-SlotCursor::SlotCursor(PostingIndex& index, const Slot& slot) {
+SlotCursor::SlotCursor(PostingIndex& index, const Slot& slot, Visit visit) {
     m_lists.reserve(slot.words.size());
     for (const std::string& word : slot.words)
         m_lists.emplace_back(index, word);
-    if (m_lists.size() > kFewWords)
+    if (visit == Visit::All && m_lists.size() > kFewWords)
         m_window.resize(static_cast<std::size_t>(kWindow));
 }
 
@@ -40,10 +41,16 @@ bool SlotCursor::Gather(std::int64_t from) {
     for (PostingList& list : m_lists)
         for (std::int64_t id = list.Id(); id < m_windowEnd; id = list.Seek(id + 1)) {
             std::vector<std::uint32_t>& places = m_window[static_cast<std::size_t>(id - first)];
-            const bool isFirstWord = places.empty();
-            list.Places(places);
-            if (!isFirstWord)
-                SortUnique(places);
+            if (places.empty()) {
+                list.Places(places);
+                continue;
+            }
+            m_other.clear();
+            list.Places(m_other);
+            m_merged.clear();
+            std::set_union(places.begin(), places.end(), m_other.begin(), m_other.end(),
+                           std::back_inserter(m_merged));
+            places.swap(m_merged);
         }
     return true;
 }
@@ -82,6 +89,8 @@ void SlotCursor::Places(std::vector<std::uint32_t>& places) const {
 std::size_t SlotCursor::Count() const {
     if (m_lists.size() == 1)
         return m_lists.front().Count();
+    if (IsGathered())
+        return m_window[static_cast<std::size_t>(m_id - m_windowFirst)].size();
     std::vector<std::uint32_t> places;
     Places(places);
     return places.size();

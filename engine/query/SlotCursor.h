@@ -10,10 +10,13 @@
 
 namespace engine {
 
+// How many of a slot's documents will be asked for.
+enum class Visit : std::uint8_t { All, Few };
+
 class SlotCursor {
   public:
-    // Stands before the first document. slot outlives it; it is none that any word fits.
-    SlotCursor(PostingIndex& index, const Slot& slot);
+    // Stands before the first document. slot is none that any word fits.
+    SlotCursor(PostingIndex& index, const Slot& slot, Visit visit);
 
     // Goes to the first document from id on and answers it, or kNoDocument. Never goes back.
     std::int64_t Seek(std::int64_t id);
@@ -28,9 +31,10 @@ class SlotCursor {
 
     std::vector<PostingList> m_lists; // one for each word
     std::int64_t m_id = 0;
-    // Where words are many, asking each of them for every document is slow: their places are
+    // Where words and documents are many, asking each of them for every document is slow: their places are
     // gathered for a range of documents at a time, from m_windowFirst to before m_windowEnd.
     std::vector<std::vector<std::uint32_t>> m_window;
+    std::vector<std::uint32_t> m_other, m_merged; // while gathering
     std::int64_t m_windowFirst = 0, m_windowEnd = 0;
 };
 
