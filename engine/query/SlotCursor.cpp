@@ -3,7 +3,7 @@
 #include "engine/query/SlotCursor.h"
 
 #include <algorithm>
-#include <iterator>
+#include <functional>
 
 namespace engine {
 namespace {
@@ -39,19 +39,11 @@ bool SlotCursor::Gather(std::int64_t from) {
     for (std::vector<std::uint32_t>& places : m_window)
         places.clear();
     for (PostingList& list : m_lists)
-        for (std::int64_t id = list.Id(); id < m_windowEnd; id = list.Seek(id + 1)) {
-            std::vector<std::uint32_t>& places = m_window[static_cast<std::size_t>(id - first)];
-            if (places.empty()) {
-                list.Places(places);
-                continue;
-            }
-            m_other.clear();
-            list.Places(m_other);
-            m_merged.clear();
-            std::set_union(places.begin(), places.end(), m_other.begin(), m_other.end(),
-                           std::back_inserter(m_merged));
-            places.swap(m_merged);
-        }
+        for (std::int64_t id = list.Id(); id < m_windowEnd; id = list.Seek(id + 1))
+            list.Places(m_window[static_cast<std::size_t>(id - first)]);
+    for (std::vector<std::uint32_t>& places : m_window)
+        if (std::adjacent_find(places.begin(), places.end(), std::greater_equal<>()) != places.end())
+            SortUnique(places);
     return true;
 }
 

@@ -34,7 +34,6 @@ class SlotCursor {
     // Where words and documents are many, asking each of them for every document is slow: their places are
     // gathered for a range of documents at a time, from m_windowFirst to before m_windowEnd.
     std::vector<std::vector<std::uint32_t>> m_window;
-    std::vector<std::uint32_t> m_other, m_merged; // while gathering
     std::int64_t m_windowFirst = 0, m_windowEnd = 0;
 };
 
