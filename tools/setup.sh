@@ -14,6 +14,8 @@ build_packages=(
   wordnet-base
 )
 test_packages=(libgtest-dev libgmock-dev)
+# To fuzz: the compiler, its sanitizers and fuzzer, and what gives their reports names.
+fuzz_packages=(clang libclang-rt-14-dev llvm)
 
 # The given packages that are not installed, one a line.
 missing_packages() {

@@ -1,97 +1,81 @@
-// Reads zip archives and tars, plain or compressed, member by member.
+// Reads archives and compressed files, member by member.
 // SPDX-License-Identifier: AGPL-3.0-or-later
+#include "engine/readers/ArchiveFormat.h"
 #include "engine/readers/ArchiveLocale.h"
 #include "engine/readers/Charset.h"
+#include "engine/readers/CompressedName.h"
 #include "engine/readers/Limits.h"
 #include "engine/readers/MemberNames.h"
+#include "engine/readers/NameCharset.h"
 #include "engine/readers/Reader.h"
+#include "engine/readers/ZipFile.h"
 
 #include <archive.h>
 #include <archive_entry.h>
 
 #include <algorithm>
 #include <cstring>
-#include <limits>
-#include <memory>
 
 namespace engine {
 
 namespace {
-
-struct FreeArchive {
-    void operator()(archive* reader) const { archive_read_free(reader); }
-};
-using ArchiveOwner = std::unique_ptr<archive, FreeArchive>;
-
-// How a zip archive is read: by its table of contents, or from the front where that is damaged.
-enum class ZipWay { Directory, Stream };
-
-ArchiveOwner OpenArchive(std::string_view bytes, ZipWay way) {
-    ArchiveOwner reader(archive_read_new());
-    if (reader == nullptr)
-        throw std::bad_alloc();
-    archive* const a = reader.get();
-    archive_read_support_filter_gzip(a);
-    archive_read_support_filter_bzip2(a);
-    archive_read_support_filter_compress(a);
-    archive_read_support_filter_lz4(a);
-    archive_read_support_filter_lzma(a);
-    archive_read_support_filter_xz(a);
-    archive_read_support_filter_zstd(a);
-    archive_read_support_format_tar(a);
-    if (way == ZipWay::Directory)
-        archive_read_support_format_zip_seekable(a);
-    archive_read_support_format_zip_streamable(a);
-    if (archive_read_open_memory(a, bytes.data(), bytes.size()) != ARCHIVE_OK)
-        return nullptr;
-    return reader;
-}
 
 std::string ErrorOf(archive* reader) {
     const char* const text = archive_error_string(reader);
     return text == nullptr ? "unknown error" : text;
 }
 
-// One of several files that only together are an archive. A last part has the table of contents
-// of all, a first part a mark of its own.
-bool IsPartOfSplitZip(std::string_view bytes) {
-    constexpr std::size_t kEndRecord = 22;
-    constexpr std::size_t kLongestComment = 65535;
-    if (bytes.starts_with("PK\x07\x08"))
-        return true;
-    const std::size_t from = bytes.size() - std::min(bytes.size(), kEndRecord + kLongestComment);
-    const std::size_t end = bytes.substr(from).rfind("PK\x05\x06");
-    if (end == std::string_view::npos || bytes.size() - from - end < kEndRecord)
-        return false;
-    const std::string_view record = bytes.substr(from + end);
-    const unsigned disk = static_cast<unsigned char>(record[4]) |
-                          static_cast<unsigned>(static_cast<unsigned char>(record[5])) << 8;
-    return disk != 0 && disk != 0xFFFF; // that value: the number stands in the zip64 record
+// What the library's words mean for the one who wants to read: a password is missing, or a way of
+// packing is not known to it. Everything else is damage.
+ReadState StateOfError(std::string_view error) {
+    const auto tells = [error](std::string_view words) {
+        return error.find(words) != std::string_view::npos;
+    };
+    if (tells("ncrypt") || tells("assword") || tells("Crypto codec"))
+        return ReadState::Encrypted;
+    if (tells("nsupported") || tells("Unknown codec") || tells("unavailable") || tells("not supported"))
+        return ReadState::Unknown;
+    return ReadState::Damaged;
 }
 
-std::string NameOf(archive_entry* entry, bool isZip) {
-    std::string name;
-    const char* const utf8 = archive_entry_pathname_utf8(entry);
-    const char* const raw = archive_entry_pathname(entry);
-    if (utf8 != nullptr && ValidUtf8Length(utf8) == std::string_view(utf8).size()) {
-        name = utf8;
-    } else if (raw != nullptr) {
-        // Old packers on the IBM PC wrote its charset, those on Unix whatever they had.
-        const Charset charset = isZip ? Charset{"ibm-437", 0, false} : DetectCharset(raw);
-        name = DecodeText(raw, charset, std::numeric_limits<std::size_t>::max());
+// What an archive is to the library, found out once.
+struct Shape {
+    std::string_view bytes; // what the library is to open
+    ArchiveFormat format = ArchiveFormat::None;
+    Packing packing = Packing::None;
+};
+
+Shape ShapeOf(std::string_view bytes) {
+    Shape shape{bytes, ArchiveFormat::None, PackingOf(bytes)};
+    if (shape.packing != Packing::None) {
+        shape.format =
+            UnpacksToTar(bytes, shape.packing) ? ArchiveFormat::Tar : ArchiveFormat::Raw;
+        return shape;
     }
-    if (isZip)
-        std::replace(name.begin(), name.end(), '\\', '/');
-    return name;
+    shape.format = bytes.starts_with("PK") ? ArchiveFormat::Zip : FormatOf(bytes);
+    if (shape.format == ArchiveFormat::Rpm) {
+        shape.bytes = RpmContent(bytes);
+        shape.packing = PackingOf(shape.bytes);
+        if (shape.bytes.empty())
+            throw ReadError(ReadState::Damaged,
+                            "cannot be opened as an archive: damaged package header");
+    }
+    return shape;
 }
 
 class ArchiveReader {
   public:
-    ArchiveReader(std::string_view bytes, MemberSink& members)
-        : m_bytes(bytes), m_members(members) {}
+    ArchiveReader(const Source& source, MemberSink& members)
+        : m_source(source), m_members(members), m_shape(ShapeOf(source.bytes)),
+          m_isZip(m_shape.format == ArchiveFormat::Zip ||
+                  m_shape.format == ArchiveFormat::None) {}
 
     void Read() {
-        const bool split = IsPartOfSplitZip(m_bytes);
+        if (ListIsEncrypted(m_shape.format, m_shape.bytes))
+            throw ReadError(ReadState::Encrypted, kPassword);
+        if (m_isZip)
+            LookAtZipDirectory();
+        const bool split = IsPartOfSplit(m_shape.format, m_shape.bytes, m_source.name);
         m_way = split ? ZipWay::Stream : ZipWay::Directory;
         for (int restarts = 0;; ++restarts) {
             const End end = Pass();
@@ -99,10 +83,11 @@ class ArchiveReader {
                 break;
             // A damaged member ends the library's pass; another one goes on behind it.
             const bool canGoOn = end == End::MemberDamaged && m_isZip;
-            const bool canStream = m_entry == 0 && m_way == ZipWay::Directory;
+            const bool canStream = m_entry == 0 && m_isZip && m_way == ZipWay::Directory;
             if (canStream && end == End::HeaderDamaged)
                 m_way = ZipWay::Stream;
-            else if (!canGoOn || restarts >= kMaxArchiveRestarts)
+            else if (!canGoOn || restarts >= kMaxArchiveRestarts ||
+                     m_passedBy > kMaxArchiveEntries)
                 FailAt(split);
             m_skip = m_entry;
         }
@@ -112,13 +97,37 @@ class ArchiveReader {
 
   private:
     static constexpr const char* kSplit = "is one part of a split archive";
+    static constexpr const char* kPassword = "needs a password";
     enum class End { Whole, HeaderDamaged, MemberDamaged };
+
+    // Finds out about the archive as a whole what the library does not tell before its members.
+    void LookAtZipDirectory() {
+        try {
+            const ZipFile zip(m_shape.bytes);
+            std::uint64_t packed = 0;
+            for (const ZipMember& member : zip.Members()) {
+                m_charset.Learn(member.name);
+                packed += std::min<std::uint64_t>(member.packed, m_shape.bytes.size());
+            }
+            // Members that lie upon each other unpack the same bytes again and again.
+            if (!zip.Truncated() && packed / kMaxZipOverlap > m_shape.bytes.size())
+                throw ReadError(ReadState::Partly, "its members share the same bytes");
+        } catch (const ReadError& error) {
+            if (error.state == ReadState::Partly)
+                throw; // other trouble with the directory is found while reading
+        }
+    }
 
     [[noreturn]] void FailAt(bool split) const {
         if (split)
             throw ReadError(m_entry > 0 ? ReadState::Partly : ReadState::Damaged, kSplit);
+        const ReadState state = StateOfError(m_error);
+        if (state == ReadState::Encrypted)
+            throw ReadError(state, kPassword);
         if (m_entry == 0)
-            throw ReadError(ReadState::Damaged, "cannot be opened as an archive: " + m_error);
+            throw ReadError(state, "cannot be opened as an archive: " + m_error);
+        if (state == ReadState::Unknown)
+            throw ReadError(ReadState::Partly, "cannot be unpacked: " + m_error);
         throw ReadError(ReadState::Damaged, "damaged after " + std::to_string(m_entry) +
                                                 (m_entry == 1 ? " entry: " : " entries: ") +
                                                 m_error);
@@ -126,7 +135,8 @@ class ArchiveReader {
 
     // Goes through the archive, passing by the first m_skip entries.
     End Pass() {
-        const ArchiveOwner reader = OpenArchive(m_bytes, m_way);
+        const ArchiveOwner reader =
+            OpenArchive(m_shape.bytes, m_shape.format, m_shape.packing, m_way);
         m_entry = 0;
         if (reader == nullptr) {
             m_error = "unknown format";
@@ -139,16 +149,24 @@ class ArchiveReader {
                 return End::Whole;
             if (result < ARCHIVE_WARN) {
                 m_error = ErrorOf(reader.get());
+                if (entry != nullptr && archive_entry_is_metadata_encrypted(entry) != 0)
+                    throw ReadError(ReadState::Encrypted, kPassword);
                 return End::HeaderDamaged;
             }
             if (++m_entry > kMaxArchiveEntries)
                 throw ReadError(ReadState::Partly,
                                 "has more than " + std::to_string(kMaxArchiveEntries) + " entries");
-            m_isZip =
-                (archive_format(reader.get()) & ARCHIVE_FORMAT_BASE_MASK) == ARCHIVE_FORMAT_ZIP;
-            if (m_entry > m_skip && !TakeEntry(reader.get(), entry))
+            if (m_shape.format == ArchiveFormat::None)
+                m_isZip = IsZip(reader.get());
+            if (m_entry <= m_skip)
+                ++m_passedBy;
+            else if (!TakeEntry(reader.get(), entry))
                 return End::MemberDamaged;
         }
+    }
+
+    static bool IsZip(archive* reader) {
+        return (archive_format(reader) & ARCHIVE_FORMAT_BASE_MASK) == ARCHIVE_FORMAT_ZIP;
     }
 
     static int NextHeader(archive* reader, archive_entry** entry) {
@@ -159,24 +177,48 @@ class ArchiveReader {
         return result;
     }
 
+    std::string NameOf(archive_entry* entry, Member& member) {
+        if (m_shape.format == ArchiveFormat::Raw) {
+            const CompressedName content = NameOfContent(m_source, m_shape.packing);
+            member.modified = content.modified;
+            return content.name;
+        }
+        const char* const utf8 = archive_entry_pathname_utf8(entry);
+        const char* const raw = archive_entry_pathname(entry);
+        std::string name;
+        if (utf8 != nullptr && ValidUtf8Length(utf8) == std::string_view(utf8).size()) {
+            name = utf8;
+        } else if (raw != nullptr) {
+            if (!m_isZip) // of a zip archive all names are known beforehand
+                m_charset.Learn(raw);
+            name = m_charset.Decode(raw);
+        }
+        const bool isOfPc = m_isZip || m_shape.format == ArchiveFormat::Cab ||
+                            m_shape.format == ArchiveFormat::Lha ||
+                            m_shape.format == ArchiveFormat::Rar;
+        if (isOfPc)
+            std::replace(name.begin(), name.end(), '\\', '/');
+        return name;
+    }
+
     // False: the library cannot go on.
     bool TakeEntry(archive* reader, archive_entry* entry) {
         const auto type = archive_entry_filetype(entry);
-        const std::string name = NameOf(entry, m_isZip);
         Member member;
+        const std::string name = NameOf(entry, member);
         const bool isFile = (type == AE_IFREG || type == 0) &&
                             archive_entry_hardlink(entry) == nullptr && !name.ends_with('/');
         if (isFile)
             member.path = m_names.Add(CleanMemberPath(name));
         if (!isFile || !m_members.Wants(member.path)) {
-            CountSkipped(reader, entry, 0);
+            CountSkipped(entry, 0);
             return true;
         }
-        if (archive_entry_mtime_is_set(entry) != 0)
+        if (member.modified == 0 && archive_entry_mtime_is_set(entry) != 0)
             member.modified = archive_entry_mtime(entry);
         bool canGoOn = true;
         if (archive_entry_is_data_encrypted(entry) != 0) {
-            member.problem = "needs a password";
+            member.problem = kPassword;
             member.problemState = ReadState::Encrypted;
         } else {
             canGoOn = Unpack(reader, member);
@@ -184,20 +226,26 @@ class ArchiveReader {
         m_members.Receive(member);
         ShrinkBuffer();
         if (member.cut)
-            CountSkipped(reader, entry, m_size);
+            CountSkipped(entry, m_size);
         return canGoOn;
     }
 
-    // Passing by a member of a compressed tar, or by what stands behind the first taken bytes of
-    // it, unpacks it all the same. Throws when a cap is reached.
-    void CountSkipped(archive* reader, archive_entry* entry, std::uint64_t taken) {
+    // Whether members are packed together, so that passing by one unpacks it all the same.
+    [[nodiscard]] bool IsPackedAsOne() const {
+        return m_shape.packing != Packing::None || m_shape.format == ArchiveFormat::SevenZip ||
+               m_shape.format == ArchiveFormat::Rar || m_shape.format == ArchiveFormat::Rar5 ||
+               m_shape.format == ArchiveFormat::Cab;
+    }
+
+    // Takes what is passed by, a member or what stands behind its first taken bytes, into account.
+    // Throws when a cap is reached.
+    void CountSkipped(archive_entry* entry, std::uint64_t taken) {
         const auto size =
             static_cast<std::uint64_t>(std::max<la_int64_t>(archive_entry_size(entry), 0));
-        const bool unpacks =
-            archive_filter_count(reader) > 1 && archive_entry_sparse_count(entry) == 0;
-        if (unpacks && size > taken) {
+        if (IsPackedAsOne() && archive_entry_sparse_count(entry) == 0 && size > taken) {
             m_unpacked += size - taken;
-            LookAtCaps();
+            if (m_unpacked > UnpackLimit())
+                TellCap();
         }
         if (!m_capReached.empty())
             throw ReadError(ReadState::Partly, m_capReached);
@@ -228,37 +276,44 @@ class ArchiveReader {
             return true;
         m_error = ErrorOf(reader);
         member.problem = (m_size == 0 ? "cannot be unpacked: " : "damaged: ") + m_error;
-        if (m_size > 0)
-            member.problemState = ReadState::Partly;
-        else if (m_error.starts_with("Unsupported"))
-            member.problemState = ReadState::Unknown;
+        member.problemState = m_size > 0 ? ReadState::Partly : StateOfError(m_error);
+        if (member.problemState == ReadState::Encrypted)
+            member.problem = kPassword;
         return result != ARCHIVE_FATAL;
+    }
+
+    // Bytes that all members together may have.
+    [[nodiscard]] std::uint64_t UnpackLimit() const {
+        return std::min<std::uint64_t>(
+            kMaxArchiveBytes,
+            std::max<std::uint64_t>(kRatioFreeBytes, m_shape.bytes.size() * kMaxUnpackRatio));
     }
 
     // Adds to the member in m_buffer, zeros where data is null, as far as the caps allow.
     void Append(const char* data, std::uint64_t size, Member& member) {
-        const std::uint64_t room = kMaxMemberBytes - m_size;
         if (member.cut)
             return;
+        const std::uint64_t left = UnpackLimit() - std::min(UnpackLimit(), m_unpacked);
+        const std::uint64_t room = std::min(kMaxMemberBytes - m_size, left);
         member.cut = size > room;
+        if (size > left)
+            TellCap();
         size = std::min(size, room);
         if (m_buffer.size() < m_size + size)
             m_buffer.resize(std::max<std::size_t>(m_size + size, m_buffer.size() * 2));
         if (data != nullptr)
             std::memcpy(m_buffer.data() + m_size, data, size);
-        else
+        else if (size > 0)
             std::memset(m_buffer.data() + m_size, 0, size);
         m_size += size;
         m_unpacked += size;
-        LookAtCaps();
-        member.cut = member.cut || !m_capReached.empty();
     }
 
-    void LookAtCaps() {
-        if (m_unpacked > kMaxArchiveBytes)
+    void TellCap() {
+        if (UnpackLimit() == kMaxArchiveBytes)
             m_capReached =
                 "unpacks to more than " + std::to_string(kMaxArchiveBytes / kGiB) + " GB";
-        else if (m_unpacked > kRatioFreeBytes && m_unpacked / kMaxUnpackRatio > m_bytes.size())
+        else
             m_capReached =
                 "unpacks to more than " + std::to_string(kMaxUnpackRatio) + " times its size";
     }
@@ -269,13 +324,16 @@ class ArchiveReader {
             std::string().swap(m_buffer);
     }
 
-    std::string_view m_bytes;
+    const Source& m_source;
     MemberSink& m_members;
-    UniqueNames m_names;
+    Shape m_shape;
+    bool m_isZip;
     ZipWay m_way = ZipWay::Directory;
-    bool m_isZip = false;
+    UniqueNames m_names;
+    NameCharset m_charset;
     std::uint64_t m_entry = 0; // entries met in this pass
     std::uint64_t m_skip = 0;  // entries done in passes before
+    std::uint64_t m_passedBy = 0; // such entries, in all passes
     std::uint64_t m_unpacked = 0;
     std::string m_error;
     std::string m_capReached;
@@ -287,7 +345,7 @@ class ArchiveReader {
 
 void ReadArchive(const Source& source, MemberSink& members) {
     const ScopedUtf8Locale locale;
-    ArchiveReader(source.bytes, members).Read();
+    ArchiveReader(source, members).Read();
 }
 
 } // namespace engine

@@ -1,6 +1,7 @@
 // Finding out the charset: marks, patterns, declarations, statistics.
 // SPDX-License-Identifier: AGPL-3.0-or-later
 #include "engine/readers/Charset.h"
+#include "engine/readers/CharsetStatistics.h"
 
 #include <uchardet.h>
 #include <unicode/uchar.h>
@@ -19,7 +20,8 @@ namespace {
 using namespace std::string_view_literals;
 
 constexpr std::size_t kPatternSample = 4096;
-constexpr std::size_t kStatisticsSample = std::size_t{64} * 1024;
+constexpr std::size_t kEscapeSample = std::size_t{64} * 1024;
+constexpr std::size_t kStatisticsSample = std::size_t{8} * 1024; // the library is slow
 
 unsigned Byte(std::string_view bytes, std::size_t i) {
     return static_cast<unsigned char>(bytes[i]);
@@ -82,6 +84,14 @@ UnitCount CountUnits(std::string_view sample, std::size_t width, bool bigEndian)
     return count;
 }
 
+std::u32string UnitsOf(std::string_view sample, bool bigEndian) {
+    std::u32string units;
+    for (std::size_t at = 0; at + 2 <= sample.size(); at += 2)
+        units += static_cast<char32_t>(bigEndian ? Byte(sample, at) << 8 | Byte(sample, at + 1)
+                                                 : Byte(sample, at + 1) << 8 | Byte(sample, at));
+    return units;
+}
+
 // UTF-16 and UTF-32 without a mark. Text of any script has blanks and line ends, which are zero
 // but for one byte; binary data has units that no text has.
 bool WidePattern(std::string_view bytes, Charset& charset) {
@@ -107,12 +117,25 @@ bool WidePattern(std::string_view bytes, Charset& charset) {
         best = count.plain * candidate.width;
         charset.name = candidate.name;
     }
-    return best > 0;
+    if (!charset.name.starts_with("UTF-16"))
+        return best > 0;
+    // An ideograph may look like a blank or a letter when its bytes are swapped.
+    const double little = ImprobabilityOf(UnitsOf(sample, false));
+    const double big = ImprobabilityOf(UnitsOf(sample, true));
+    charset.name = "UTF-8";
+    if (std::min(little, big) > kMostForAnything)
+        return false;
+    charset.name = big < little ? "UTF-16BE" : "UTF-16LE";
+    return true;
+}
+
+bool IsControl(unsigned char c) {
+    return c < 0x09 || (c >= 0x0E && c <= 0x1A) || (c >= 0x1C && c < 0x20);
 }
 
 // Seven-bit charsets of East Asia, which are valid UTF-8 too.
 bool EscapeSequences(std::string_view bytes, Charset& charset) {
-    const std::string_view sample = bytes.substr(0, kStatisticsSample);
+    const std::string_view sample = bytes.substr(0, kEscapeSample);
     if (sample.find('\x1B') == std::string_view::npos)
         return false;
     const auto has = [&](std::string_view sequence) {
@@ -157,6 +180,29 @@ bool IsDamagedUtf8(std::string_view bytes, std::size_t firstBad) {
     const std::size_t from = firstBad > kBefore ? firstBad - kBefore : 0;
     scan(bytes.substr(from, 2 * kBefore));
     return good > 0 && good >= 2 * bad;
+}
+
+// UTF-16 of scripts far from ASCII may have no zero byte at all. It then holds bytes that other
+// text has not, and characters that people use.
+bool WideText(std::string_view bytes, Charset& charset) {
+    constexpr std::size_t kShortest = 8, kFewUnits = 6;
+    const std::string_view sample = bytes.substr(0, kPatternSample);
+    const bool controls = std::any_of(sample.begin(), sample.end(), [](char c) {
+        return IsControl(static_cast<unsigned char>(c));
+    });
+    const std::size_t valid = ValidUtf8Length(sample);
+    const bool utf8 = valid == sample.size() || IsDamagedUtf8(sample, valid);
+    if (sample.size() < kShortest || sample.size() % 2 != 0 || (utf8 && !controls))
+        return false;
+    const double little = ImprobabilityOf(UnitsOf(sample, false));
+    const double big = ImprobabilityOf(UnitsOf(sample, true));
+    const double cost = std::min(little, big);
+    // A few units may have come to look like common characters by chance.
+    const bool few = sample.size() < kFewUnits * 2;
+    if (cost >= (few && !controls ? kMostForSureText : kMostForText))
+        return false;
+    charset.name = big < little ? "UTF-16BE" : "UTF-16LE";
+    return true;
 }
 
 struct FreeDetector {
@@ -208,24 +254,32 @@ bool IsLatinScript(std::string_view charset) {
     return std::find(kLatin.begin(), kLatin.end(), lower) != kLatin.end();
 }
 
+// Charsets that only the library knows, of the languages that only it knows.
+bool IsBeyondOwnStatistics(std::string_view guess) {
+    constexpr std::array<std::string_view, 7> kCharsets{"ISO-8859-3",  "ISO-8859-4", "ISO-8859-10",
+                                                        "ISO-8859-13", "VISCII",     "WINDOWS-1258",
+                                                        "EUC-TW"};
+    return std::find(kCharsets.begin(), kCharsets.end(), guess) != kCharsets.end();
+}
+
+// Own statistics know the languages that are met most, also from a few words; the library knows
+// some more, given enough text.
 std::string GuessByStatistics(std::string_view bytes, std::size_t firstHigh) {
     constexpr std::size_t kBefore = 1024;
     constexpr std::size_t kFewHighBytes = 12;
+    constexpr std::size_t kEnoughHighBytes = 48;
+    const CharsetGuess own = GuessCharset(bytes);
     const std::size_t from = firstHigh > kBefore ? firstHigh - kBefore : 0;
     const std::string_view sample = bytes.substr(from, kStatisticsSample);
-    const std::string guess = Statistics(sample);
     const HighBytes high = CountHighBytes(sample);
+    if (high.total < (own.fits ? kEnoughHighBytes : kFewHighBytes))
+        return own.name;
+    const std::string guess = Statistics(sample);
     const bool isolated = high.inRuns * 2 < high.total;
-    const bool latin = IsLatinScript(guess);
-    if (guess.empty() || guess == "ASCII" || (!latin && isolated) ||
-        (latin && high.total < kFewHighBytes))
-        return "windows-1252";
     const std::string known = CharsetOfLabel(guess);
-    return known.empty() ? "windows-1252" : known;
-}
-
-bool IsControl(unsigned char c) {
-    return c < 0x09 || (c >= 0x0E && c <= 0x1A) || (c >= 0x1C && c < 0x20);
+    if (known.empty() || guess == "ASCII" || (!IsLatinScript(guess) && isolated))
+        return own.name;
+    return !own.fits || IsBeyondOwnStatistics(guess) ? known : own.name;
 }
 
 } // namespace
@@ -283,7 +337,7 @@ Charset DetectCharset(std::string_view bytes, std::string_view declared) {
         charset.wellFormed = charset.name == "UTF-8" && ValidUtf8Length(bytes) == bytes.size();
         return charset;
     }
-    if (WidePattern(bytes, charset) || EscapeSequences(bytes, charset))
+    if (WidePattern(bytes, charset) || WideText(bytes, charset) || EscapeSequences(bytes, charset))
         return charset;
     const std::size_t valid = ValidUtf8Length(bytes);
     if (valid == bytes.size()) {
@@ -306,7 +360,8 @@ Charset DetectCharset(std::string_view bytes, std::string_view declared) {
 
 bool LooksLikeText(std::string_view bytes) {
     Charset wide;
-    if (ByteOrderMark(bytes, wide) || WidePattern(bytes, wide) || EscapeSequences(bytes, wide))
+    if (ByteOrderMark(bytes, wide) || WidePattern(bytes, wide) || WideText(bytes, wide) ||
+        EscapeSequences(bytes, wide))
         return true;
     constexpr std::size_t kHead = std::size_t{64} * 1024;
     constexpr std::size_t kProbe = 4096;

@@ -33,6 +33,8 @@ class CompoundFile {
     // storage is missing or damaged.
     [[nodiscard]] std::vector<Entry> List(std::string_view storage = {}) const;
     [[nodiscard]] bool Has(std::string_view path) const;
+    // Whether it is the cover around a document that needs a password or a licence.
+    [[nodiscard]] bool IsProtected() const;
     // The content of a stream, cut after cap bytes; nothing where it is missing. A damaged stream
     // gives what can be read of it.
     [[nodiscard]] std::optional<std::string> Stream(std::string_view path,

@@ -1,20 +1,20 @@
 // Tells what kind of document a file is.
 // SPDX-License-Identifier: AGPL-3.0-or-later
+#include "engine/readers/BiffRecords.h"
+#include "engine/readers/ArchiveFormat.h"
 #include "engine/readers/Charset.h"
+#include "engine/readers/CompoundFile.h"
 #include "engine/readers/HtmlScanner.h"
 #include "engine/readers/HtmlText.h"
 #include "engine/readers/MailSniff.h"
 #include "engine/readers/MediaKind.h"
 #include "engine/readers/Reader.h"
+#include "engine/readers/WordPerfect.h"
 #include "engine/readers/ZipFile.h"
-
-#include <archive.h>
-#include <archive_entry.h>
 
 #include <algorithm>
 #include <array>
 #include <cctype>
-#include <memory>
 #include <string>
 
 namespace engine {
@@ -50,6 +50,14 @@ Kind OfficeKindByEnding(std::string_view ending) {
     return Kind::Docx;
 }
 
+// Parts of such packages may be cut into pieces, the list of content types too.
+bool IsXps(const ZipFile& zip) {
+    return std::any_of(zip.Members().begin(), zip.Members().end(), [](const ZipMember& member) {
+        const std::string_view name = member.name;
+        return name.ends_with(".fdseq") || name.ends_with(".fdseq/[0].piece");
+    });
+}
+
 // By the list of content types, or, where that is damaged, by the usual names of main parts.
 Kind OpenXmlKind(ZipFile& zip) {
     std::string types;
@@ -71,18 +79,30 @@ Kind OpenXmlKind(ZipFile& zip) {
         has("ms-excel.template.macroEnabled.main+xml") ||
         has("ms-excel.addin.macroEnabled.main+xml"))
         return Kind::Xlsx;
+    if (has("ms-excel.sheet.binary.macroEnabled.main"))
+        return Kind::Xlsb;
     if (has("presentationml.presentation.main+xml") || has("presentationml.template.main+xml") ||
         has("presentationml.slideshow.main+xml") ||
         has("ms-powerpoint.presentation.macroEnabled") ||
         has("ms-powerpoint.slideshow.macroEnabled") || has("ms-powerpoint.template.macroEnabled"))
         return Kind::Pptx;
+    if (has("fixeddocumentsequence+xml") || IsXps(zip))
+        return Kind::Xps;
     if (zip.Find("word/document.xml") != nullptr)
         return Kind::Docx;
     if (zip.Find("xl/workbook.xml") != nullptr)
         return Kind::Xlsx;
+    if (zip.Find("xl/workbook.bin") != nullptr)
+        return Kind::Xlsb;
     if (zip.Find("ppt/presentation.xml") != nullptr)
         return Kind::Pptx;
     return Kind::Zip;
+}
+
+bool HasZipEnd(std::string_view bytes) {
+    constexpr std::size_t kEndRecord = 22, kLongestComment = 65535;
+    return bytes.substr(bytes.size() - std::min(bytes.size(), kEndRecord + kLongestComment))
+               .find("PK\5\6"sv) != std::string_view::npos;
 }
 
 Kind ZipKind(std::string_view bytes) {
@@ -111,65 +131,54 @@ Kind ZipKind(std::string_view bytes) {
     }
 }
 
-// ---- Tar
+// ---- Compound files
 
-// Whether bytes begin with a header of tar: 512 bytes with a checksum over themselves.
-bool IsTarHeader(std::string_view bytes) {
-    constexpr std::size_t kHeaderSize = 512, kSumAt = 148, kSumSize = 8;
-    if (bytes.size() < kHeaderSize || bytes[0] == '\0')
-        return false;
-    unsigned stated = 0;
-    bool digits = false;
-    for (const char c : bytes.substr(kSumAt, kSumSize)) {
-        if (c >= '0' && c <= '7') {
-            stated = stated * 8 + static_cast<unsigned>(c - '0');
-            digits = true;
-        } else if (digits || c != ' ') {
-            break;
-        }
+// By the stream that a program keeps its document in. Of a damaged file the name decides.
+Kind CompoundKind(const Source& source) {
+    const std::string ending = EndingOf(source.name);
+    try {
+        const CompoundFile file(source.bytes);
+        if (file.IsProtected()) // its reader tells that a password is needed
+            return OfficeKindByEnding(ending);
+        if (file.Has("WordDocument"))
+            return Kind::Doc;
+        if (file.Has("Workbook") || file.Has("Book"))
+            return Kind::Xls;
+        if (file.Has("PowerPoint Document") || file.Has("PP40"))
+            return Kind::Ppt;
+        if (file.Has("__properties_version1.0"))
+            return Kind::Msg;
+        for (const CompoundFile::Entry& entry : file.List())
+            if (entry.name.starts_with("__substg1.0_"))
+                return Kind::Msg;
+    } catch (const ReadError&) {
+        if (ending == "doc" || ending == "dot")
+            return Kind::Doc;
+        if (ending == "xls" || ending == "xlt" || ending == "xla")
+            return Kind::Xls;
+        if (ending == "ppt" || ending == "pot" || ending == "pps")
+            return Kind::Ppt;
+        return ending == "msg" ? Kind::Msg : Kind::Unknown;
     }
-    unsigned sum = 0;
-    int signedSum = 0; // some old programs added signed characters
-    for (std::size_t i = 0; i < kHeaderSize; ++i) {
-        const char c = i >= kSumAt && i < kSumAt + kSumSize ? ' ' : bytes[i];
-        sum += static_cast<unsigned char>(c);
-        signedSum += static_cast<signed char>(c);
-    }
-    return digits && (stated == sum || stated == static_cast<unsigned>(signedSum));
+    return IsOldOfficeDocument(source) ? Kind::WordPerfect : Kind::Unknown;
 }
 
-struct FreeArchive {
-    void operator()(archive* reader) const { archive_read_free(reader); }
-};
-
-bool IsCompressed(std::string_view bytes) {
-    constexpr std::array kMarks{"\x1F\x8B"sv,         "BZh"sv,     "\xFD\x37zXZ\0"sv,
-                                "\x28\xB5\x2F\xFD"sv, "LZIP"sv,    "\x1F\x9D"sv,
-                                "\x04\x22\x4D\x18"sv, "\x5D\0\0"sv};
-    return std::any_of(kMarks.begin(), kMarks.end(),
-                       [&](std::string_view mark) { return bytes.starts_with(mark); });
+// Word processing as it was before compound files came up, by its mark and version.
+bool IsBareDoc(std::string_view bytes) {
+    const bool middle = bytes.size() > 3 && bytes[2] >= 0x65 && bytes[2] <= 0x69 && bytes[3] == 0;
+    return bytes.starts_with("\xDB\xA5\x2D\x00"sv) || (middle && bytes.starts_with("\xDC\xA5"sv));
 }
 
-bool UnpacksToTar(std::string_view bytes) {
-    const std::unique_ptr<archive, FreeArchive> reader(archive_read_new());
-    if (!reader)
-        throw std::bad_alloc();
-    archive_read_support_filter_gzip(reader.get());
-    archive_read_support_filter_bzip2(reader.get());
-    archive_read_support_filter_xz(reader.get());
-    archive_read_support_filter_lzma(reader.get());
-    archive_read_support_filter_lzip(reader.get());
-    archive_read_support_filter_lz4(reader.get());
-    archive_read_support_filter_zstd(reader.get());
-    archive_read_support_filter_compress(reader.get());
-    archive_read_support_format_raw(reader.get());
-    archive_entry* entry = nullptr;
-    if (archive_read_open_memory(reader.get(), bytes.data(), bytes.size()) != ARCHIVE_OK ||
-        archive_read_next_header(reader.get(), &entry) != ARCHIVE_OK)
-        return false;
-    std::array<char, 512> head;
-    const la_ssize_t size = archive_read_data(reader.get(), head.data(), head.size());
-    return size == static_cast<la_ssize_t>(head.size()) && IsTarHeader({head.data(), head.size()});
+// ---- Archives
+
+// Zip packages are told before. Unknown: neither an archive nor compressed.
+Kind ArchiveKind(std::string_view bytes) {
+    if (const Packing packing = PackingOf(bytes); packing != Packing::None)
+        return UnpacksToTar(bytes, packing) ? Kind::Tar : Kind::Compressed;
+    const ArchiveFormat format = FormatOf(bytes);
+    if (format == ArchiveFormat::None || IsCodeLibrary(bytes))
+        return Kind::Unknown;
+    return format == ArchiveFormat::Tar ? Kind::Tar : Kind::Archive;
 }
 
 // ---- PDF
@@ -186,6 +195,12 @@ bool IsPdf(std::string_view bytes) {
 }
 
 // ---- Text
+
+// Pictures inside may stand as bytes, so that it does not always look like text.
+bool IsRtf(std::string_view bytes) {
+    const std::size_t begin = bytes.substr(0, kHead).find_first_not_of("\xEF\xBB\xBF \t\r\n");
+    return begin != std::string_view::npos && bytes.substr(begin).starts_with("{\\rtf");
+}
 
 // The first bytes as ASCII text, whatever width their characters have.
 std::string HeadOf(std::string_view bytes) {
@@ -217,6 +232,8 @@ bool StartsWithNoCase(std::string_view text, std::string_view lower) {
            });
 }
 
+constexpr std::array kWebArchiveEndings{"mht"sv, "mhtml"sv};
+constexpr std::array kMailboxEndings{"mbox"sv, "mbx"sv};
 constexpr std::array kHtmlEndings{"html"sv, "htm"sv, "xhtml"sv, "xht"sv, "shtml"sv, "shtm"sv};
 // Formats of text that may contain tags and mean them as text.
 constexpr std::array kTextEndings{
@@ -240,6 +257,8 @@ Kind MarkupKind(std::string_view head, std::string_view ending) {
         if (head.find("urn:oasis:names:tc:opendocument:xmlns:office") != std::string_view::npos)
             return Kind::OpenDocument;
     }
+    if (root == "fictionbook")
+        return Kind::Fb2;
     if (declared)
         return Kind::Xml;
     if (IsOneOf(ending, kHtmlEndings))
@@ -262,14 +281,15 @@ Kind MarkupKind(std::string_view head, std::string_view ending) {
 Kind TextKind(const Source& source) {
     const std::string ending = EndingOf(source.name);
     const std::string head = HeadOf(source.bytes);
-    if (head.starts_with("{\\rtf"))
-        return Kind::Unknown;
     if (const Kind markup = MarkupKind(head, ending); markup != Kind::Unknown)
         return markup;
-    // A mailbox is read as text: as one mail it would be its first message only.
-    if (LooksLikeMailbox(source.bytes))
-        return Kind::PlainText;
+    if (LooksLikeWebArchive(source.bytes, IsOneOf(ending, kWebArchiveEndings)))
+        return Kind::Mht;
     const bool quotesMail = IsOneOf(ending, kTextEndings) && ending != "txt" && ending != "text";
+    // A mail may have a mailbox attached.
+    if (!quotesMail && ending != "eml" &&
+        LooksLikeMailbox(source.bytes, IsOneOf(ending, kMailboxEndings)))
+        return Kind::Mbox;
     if (!quotesMail && LooksLikeMail(source.bytes, ending == "eml"))
         return Kind::Mail;
     return IsOneOf(ending, kHtmlEndings) ? Kind::Html : Kind::PlainText;
@@ -286,12 +306,24 @@ Kind DetectKind(const Source& source) {
         return ZipKind(bytes);
     if (IsPdf(bytes))
         return Kind::Pdf;
-    if (IsEncryptedOffice(bytes)) // its reader tells that a password is needed
-        return OfficeKindByEnding(EndingOf(source.name));
-    if (IsTarHeader(bytes) || (IsCompressed(bytes) && UnpacksToTar(bytes)))
-        return Kind::Tar;
-    if (IsCompressed(bytes) || MediaKind(bytes) != nullptr || !LooksLikeText(bytes))
-        return Kind::Unknown;
+    if (IsRtf(bytes))
+        return Kind::Rtf;
+    if (bytes.starts_with("ITSF"sv))
+        return Kind::Chm;
+    if (CompoundFile::Recognises(bytes))
+        return CompoundKind(source);
+    if (IsBareDoc(bytes))
+        return Kind::Doc;
+    if (BiffVersion(bytes) != 0)
+        return Kind::Xls;
+    if (IsOldOfficeDocument(source))
+        return Kind::WordPerfect;
+    if (const Kind archive = ArchiveKind(bytes); archive != Kind::Unknown)
+        return archive;
+    if (const char* kind = MediaKind(bytes); kind != nullptr)
+        return IsTagged(kind) ? Kind::Media : Kind::Unknown;
+    if (!LooksLikeText(bytes)) // what stands before a zip archive may be anything
+        return EndingOf(source.name) == "zip" && HasZipEnd(bytes) ? ZipKind(bytes) : Kind::Unknown;
     return TextKind(source);
 }
 

@@ -11,16 +11,16 @@ namespace engine {
 // Parts of a page of text. Each one separates words; they nest, and every Open has its Close.
 enum class Block : std::uint8_t {
     Paragraph,
-    Heading,      // level 1 to 6
-    List,         // level 0 bullets, 1 numbers
+    Heading, // level 1 to 6
+    List,    // level 0 bullets, 1 numbers
     Item,
     Table,
     Row,
     Cell,
     Preformatted, // line breaks and blanks count
     Quote,
-    Page,         // page, slide or sheet; level is its number from 1, or 0 where unknown
-    Note,         // foot note, end note, comment, speaker notes
+    Page, // page, slide or sheet; level is its number from 1, or 0 where unknown
+    Note, // foot note, end note, comment, speaker notes
 };
 
 // How far a document could be read.

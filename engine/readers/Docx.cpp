@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: AGPL-3.0-or-later
 #include "engine/readers/Charset.h"
 #include "engine/readers/DocxStyles.h"
+#include "engine/readers/Embedded.h"
 #include "engine/readers/HtmlText.h"
 #include "engine/readers/Limits.h"
 #include "engine/readers/OpenXml.h"
@@ -434,7 +435,7 @@ void DocxText::Text(std::string_view utf8) {
 
 } // namespace
 
-void ReadDocx(const Source& source, DocumentSink& sink) {
+void ReadDocx(const Source& source, DocumentSink& sink, MemberSink& attachments) {
     OpenXmlPackage package(source, sink);
     const std::string body = package.MainPart("word/document.xml");
     package.ReadProperties();
@@ -459,6 +460,7 @@ void ReadDocx(const Source& source, DocumentSink& sink) {
     for (const char* type : {"footnotes", "endnotes", "footer", "comments"})
         readAll(type);
     flow.Finish();
+    DeliverEmbedded(package, attachments);
 }
 
 } // namespace engine

@@ -14,6 +14,7 @@ namespace {
 constexpr std::size_t kFlushAt = std::size_t{64} * 1024;
 constexpr int kMostBreaks = 20; // in a row; more say nothing
 constexpr std::size_t kNone = static_cast<std::size_t>(-1);
+constexpr std::size_t kMostParents = 2; // that a block brings along: table and row, row and cell
 
 bool HoldsTextOnly(Block block) {
     return block == Block::Paragraph || block == Block::Heading || block == Block::Preformatted;
@@ -149,12 +150,8 @@ void Flow::OpenParents(Block block) {
             CloseTo(found + 1);
             return;
         }
-        if (parent == Block::Row)
-            OpenParents(Block::Row);
-        else
-            OpenParents(parent);
-        if (m_stack.size() < kMaxBlockDepth)
-            Push(parent, 0);
+        OpenParents(parent);
+        Push(parent, 0);
         return;
     }
     if (m_stack.size() <= m_base)
@@ -171,7 +168,7 @@ void Flow::OpenParents(Block block) {
 void Flow::Open(Block block, int level) {
     EndParagraph();
     FlushText();
-    if (m_stack.size() >= kMaxBlockDepth) {
+    if (m_stack.size() + kMostParents >= kMaxBlockDepth) {
         ++m_ignored[static_cast<std::size_t>(block)];
         return;
     }

@@ -18,13 +18,21 @@ inline constexpr std::uint64_t kRatioFreeBytes = 64 * kMiB;    // unpacked bytes
 inline constexpr std::uint64_t kMaxArchiveEntries = 1'000'000; // folders and links too
 inline constexpr std::size_t kMaxMemberPath = 4096;            // bytes of a member's path
 inline constexpr int kMaxArchiveRestarts = 100;                // after damaged zip members
+inline constexpr std::uint64_t kMaxZipOverlap = 4; // packed bytes of all members to the archive's
 
 // PDF.
 inline constexpr std::size_t kPdfStoreBytes = 64 * kMiB;     // the library's cache
 inline constexpr int kMaxPdfBookmarks = 100'000;             // titles read from the outline
 inline constexpr int kMaxPdfNotesPerPage = 10'000;           // annotations and form fields
 inline constexpr std::size_t kMaxPdfXmpBytes = 4 * kMiB;     // metadata packet
+inline constexpr std::size_t kMaxPdfXfaBytes = 16 * kMiB;    // packet of a form
+inline constexpr int kMaxPdfFiles = 10'000;                  // embedded
+inline constexpr std::size_t kMaxPdfFileBytes = 256 * kMiB;  // unpacked, all of them together
 inline constexpr std::size_t kMaxPdfLinesForHyphens = 5'000; // beyond: hyphens stay
+
+// Pictures, sound, films.
+inline constexpr std::size_t kMaxMediaTagBytes = 4 * kMiB; // all that a file says of itself
+inline constexpr int kMaxMediaElements = 1'000'000;        // boxes and the like that are looked at
 
 // Mail.
 inline constexpr std::uint64_t kMaxMailBytes = kGiB; // of one message
@@ -38,5 +46,12 @@ inline constexpr std::size_t kMaxBlockDepth = 128;         // blocks within bloc
 inline constexpr std::size_t kMaxAsideDepth = 8;           // text boxes within text boxes
 inline constexpr std::size_t kMaxSharedText = 256 * kMiB;  // texts that a workbook's cells share
 inline constexpr std::size_t kMaxPictureBytes = 16 * kMiB; // one picture shown in a page
+
+// Compound files.
+inline constexpr std::size_t kMaxCompoundEntries = 500'000; // streams and storages
+inline constexpr std::size_t kMaxPropertyBytes = 4 * kMiB;   // one set of properties
+
+inline constexpr std::size_t kMaxRtfDepth = 10'000;         // groups within groups
+inline constexpr std::uint64_t kMaxChmBytes = 384 * kMiB;   // unpacked, all topics of a help file
 
 } // namespace engine

@@ -1,7 +1,7 @@
 // Reads one message: its headers, its bodies, its attachments.
 // SPDX-License-Identifier: AGPL-3.0-or-later
-#include "engine/readers/Charset.h"
 #include "engine/readers/Limits.h"
+#include "engine/readers/MailBody.h"
 #include "engine/readers/MailMime.h"
 #include "engine/readers/MailText.h"
 #include "engine/readers/MemberNames.h"
@@ -10,32 +10,11 @@
 
 #include <algorithm>
 #include <array>
-#include <limits>
 #include <optional>
 
 namespace engine {
 
 namespace {
-
-// Passes a body's events on; the message has its own title.
-class BodySink final : public DocumentSink {
-  public:
-    explicit BodySink(DocumentSink& sink) : m_sink(sink) {}
-    void Field(std::string_view, std::string_view) override {}
-    void Text(std::string_view utf8) override { m_sink.Text(utf8); }
-    void Open(Block block, int level) override { m_sink.Open(block, level); }
-    void Close(Block block) override { m_sink.Close(block); }
-    void Break() override { m_sink.Break(); }
-    [[nodiscard]] bool WantsPictures() const override { return m_sink.WantsPictures(); }
-    void Picture(std::string_view mime, std::string_view bytes,
-                 std::string_view alternativeText) override {
-        m_sink.Picture(mime, bytes, alternativeText);
-    }
-    void Incomplete(std::string_view reason) override { m_sink.Incomplete(reason); }
-
-  private:
-    DocumentSink& m_sink;
-};
 
 // A name for an attachment that has none.
 std::string EndingFor(const MediaType& type) {
@@ -109,16 +88,10 @@ class MailReader {
         GMimeObject* const object = GMIME_OBJECT(message);
         GMimeObject* const root = g_mime_message_get_mime_part(message);
         const std::string charset = root == nullptr ? "" : TypeParameter(root, "charset");
-        m_sink.Field("title", HeaderText(object, "Subject", charset));
-        m_sink.Field("author", HeaderText(object, "From", charset));
-        for (const char* name : {"From", "To", "Cc", "Bcc", "Date", "Subject"}) {
-            const std::string text = HeaderText(object, name, charset);
-            if (text.empty())
-                continue;
-            m_sink.Open(Block::Paragraph);
-            m_sink.Text(std::string(name) + ": " + text);
-            m_sink.Close(Block::Paragraph);
-        }
+        const auto text = [&](const char* name) { return HeaderText(object, name, charset); };
+        EmitMailHeaders(
+            {text("From"), text("To"), text("Cc"), text("Bcc"), text("Date"), text("Subject")},
+            m_sink);
     }
 
     // inRelated: the part belongs to an HTML body.
@@ -158,7 +131,6 @@ class MailReader {
 
     // Plain text, unless it is empty or only says that there is a better form.
     static int ChooseAlternative(GMimeMultipart* multipart) {
-        constexpr std::size_t kShort = 256;
         int plain = -1;
         int rich = -1;
         const int count = g_mime_multipart_get_count(multipart);
@@ -173,7 +145,7 @@ class MailReader {
         if (plain < 0 || rich < 0)
             return std::max({plain, rich, 0});
         const PartContent content(GMIME_PART(g_mime_multipart_get_part(multipart, plain)));
-        return content.Bytes().size() < kShort ? rich : plain;
+        return content.Bytes().size() < kShortPlainBody ? rich : plain;
     }
 
     void TakePart(GMimePart* part, const MediaType& type, Bodies bodies, bool inRelated) {
@@ -235,7 +207,7 @@ class MailReader {
         const PartContent content(part);
         std::string charset = TypeParameter(GMIME_OBJECT(part), "charset");
         if (type.Is("text", "html")) {
-            EmitHtml(content.Bytes(), charset);
+            EmitMailHtml(content.Bytes(), charset, m_sink);
             return;
         }
         MailTextRules rules;
@@ -252,30 +224,8 @@ class MailReader {
     }
 
     void EmitPlain(std::string_view bytes, std::string_view charset, const MailTextRules& rules) {
-        if (EmitMailText(ToUtf8(bytes, charset), rules, m_sink))
+        if (EmitMailText(MailTextToUtf8(bytes, charset), rules, m_sink))
             Once(m_toldEncrypted, kEncrypted);
-    }
-
-    void EmitHtml(std::string_view bytes, std::string_view charset) {
-        // The charset of the part counts more than what the page says of itself: a mark at the
-        // beginning tells so.
-        std::string html;
-        if (!charset.empty())
-            html = "\xEF\xBB\xBF" + ToUtf8(bytes, charset);
-        BodySink body(m_sink);
-        try {
-            ReadHtml({charset.empty() ? bytes : html, "body.html"}, body);
-        } catch (const ReadError& error) {
-            m_sink.Incomplete(std::string("its HTML body cannot be read: ") + error.what());
-        }
-    }
-
-    static std::string ToUtf8(std::string_view bytes, std::string_view label) {
-        Charset charset = DetectCharset(bytes, label);
-        // Charsets that look like plain ASCII have to be believed.
-        if (g_ascii_strncasecmp(std::string(label).c_str(), "utf-7", 6) == 0)
-            charset = {"UTF-7", 0, false};
-        return DecodeText(bytes, charset, std::numeric_limits<std::size_t>::max());
     }
 
     void Once(bool& told, std::string_view reason) {

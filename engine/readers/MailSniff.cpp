@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <array>
+#include <string>
 
 namespace engine {
 
@@ -128,20 +129,99 @@ bool LooksLikeMail(std::string_view bytes, bool namedAsMail) {
     return AreHeaders(bytes, namedAsMail);
 }
 
-bool LooksLikeMailbox(std::string_view bytes) {
+bool IsMailboxSeparator(std::string_view line) {
+    constexpr std::size_t kLongest = 1000;
+    constexpr std::string_view kMonths = "janfebmaraprmayjunjulaugsepoctnovdec";
+    if (!line.starts_with("From ") || line.size() > kLongest)
+        return false;
+    bool month = false, time = false, year = false;
+    line.remove_prefix(5);
+    for (bool sender = true; !line.empty(); sender = false) {
+        const std::size_t end = std::min(line.find(' '), line.size());
+        std::string word(line.substr(0, end));
+        line.remove_prefix(std::min(end + 1, line.size()));
+        std::transform(word.begin(), word.end(), word.begin(), Lower);
+        const auto isDigit = [&word](std::size_t i) {
+            return i < word.size() && word[i] >= '0' && word[i] <= '9';
+        };
+        if (sender)
+            continue;
+        const std::size_t known = word.size() == 3 ? kMonths.find(word) : std::string_view::npos;
+        month = month || (known != std::string_view::npos && known % 3 == 0);
+        time = time || ((word.size() == 5 || word.size() == 8) && isDigit(0) && isDigit(1) &&
+                        word[2] == ':' && isDigit(3) && isDigit(4));
+        year = year || (word.size() == 4 && (word.starts_with("19") || word.starts_with("20")) &&
+                        isDigit(2) && isDigit(3));
+    }
+    return month && time && year;
+}
+
+bool LooksLikeMailbox(std::string_view bytes, bool namedAsMailbox) {
     bytes = SkipMark(bytes);
     if (!bytes.starts_with("From "))
         return false;
-    TakeLine(bytes);
+    const bool separated = IsMailboxSeparator(TakeLine(bytes));
+    if (namedAsMailbox && separated)
+        return true;
     if (!AreHeaders(bytes, false))
         return false;
-    for (std::size_t at = 0; (at = bytes.find("\nFrom ", at)) != std::string_view::npos;) {
-        std::string_view rest = bytes.substr(++at);
-        TakeLine(rest);
-        if (AreHeaders(rest, false))
+    // Among the lines of a very long message one may look like a beginning by chance.
+    constexpr int kMostTries = 1000;
+    std::size_t at = 0;
+    for (int i = 0; i < kMostTries; ++i, ++at) {
+        at = bytes.find("\nFrom ", at);
+        if (at == std::string_view::npos)
+            return false;
+        std::string_view rest = bytes.substr(at + 1);
+        const std::string_view line = TakeLine(rest);
+        if (separated ? IsMailboxSeparator(line) : AreHeaders(rest, false))
             return true;
     }
     return false;
+}
+
+bool LooksLikeWebArchive(std::string_view bytes, bool namedAsWebArchive) {
+    constexpr std::size_t kHead = std::size_t{16} * 1024;
+    constexpr int kMaxLines = 100;
+    constexpr std::array<std::string_view, 5> kMailOnly = {"to", "cc", "received", "return-path",
+                                                           "delivered-to"};
+    bytes = SkipMark(bytes.substr(0, kHead));
+    bool mime = false, page = false, saved = namedAsWebArchive;
+    std::string name, value;
+    const auto header = [&] { // answers whether it makes a mail of it
+        const auto has = [&value](std::string_view what) {
+            return value.find(what) != std::string::npos;
+        };
+        const bool from = name == "from";
+        mime = mime || name == "mime-version";
+        page = page || (name == "content-type" && (has("multipart/related") || has("text/html") ||
+                                                   has("multipart/alternative")));
+        saved = saved || name == "content-location" || name == "snapshot-content-location" ||
+                (from && has("saved by"));
+        return (from && !has("saved by")) ||
+               std::find(kMailOnly.begin(), kMailOnly.end(), name) != kMailOnly.end();
+    };
+    for (int i = 0; i < kMaxLines && !bytes.empty(); ++i) {
+        const std::string_view line = TakeLine(bytes);
+        const bool folded = line.starts_with(' ') || line.starts_with('\t');
+        if (!folded && header())
+            return false;
+        if (line.empty())
+            break;
+        const std::size_t colon = line.find(':');
+        if (folded) {
+            value += line;
+        } else if (colon != std::string_view::npos && IsHeaderName(line.substr(0, colon))) {
+            name = line.substr(0, colon);
+            value = line.substr(colon + 1);
+        } else {
+            return false;
+        }
+        std::transform(name.begin(), name.end(), name.begin(), Lower);
+        std::transform(value.begin(), value.end(), value.begin(), Lower);
+    }
+    // Word processors tell the address only of the parts.
+    return mime && page && (saved || bytes.find("\nContent-Location:") != std::string_view::npos);
 }
 
 } // namespace engine

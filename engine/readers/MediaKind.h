@@ -8,5 +8,7 @@ namespace engine {
 
 // A word for the kind, such as "picture", or nullptr. By the first bytes alone.
 [[nodiscard]] const char* MediaKind(std::string_view bytes);
+// Whether files of that kind ("picture", "sound", "film") may tell of themselves.
+[[nodiscard]] bool IsTagged(std::string_view kind);
 
 } // namespace engine

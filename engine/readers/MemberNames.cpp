@@ -62,12 +62,11 @@ std::string CleanFileName(std::string_view utf8) {
     return name == "." || name == ".." ? std::string() : name;
 }
 
-bool UniqueNames::Insert(const std::string& name) {
-    return m_seen.insert(std::hash<std::string>()(name)).second;
-}
-
 std::string UniqueNames::Add(std::string name) {
-    if (Insert(name))
+    constexpr int kFirstNumber = 2;
+    const std::hash<std::string> hash;
+    const std::uint64_t key = hash(name);
+    if (m_seen.emplace(key, kFirstNumber).second)
         return name;
     const std::size_t slash = name.find_last_of('/');
     const std::size_t begin = slash == std::string::npos ? 0 : slash + 1;
@@ -76,11 +75,13 @@ std::string UniqueNames::Add(std::string name) {
         dot = name.size();
     const std::string ending = name.substr(dot);
     name.resize(dot);
-    for (int number = 2;; ++number) {
+    for (int number = m_seen[key];; ++number) {
         std::string candidate = name;
         candidate.append(" (").append(std::to_string(number)).append(")").append(ending);
-        if (Insert(candidate))
+        if (m_seen.emplace(hash(candidate), kFirstNumber).second) {
+            m_seen[key] = number + 1;
             return candidate;
+        }
     }
 }
 

@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
-#include <unordered_set>
+#include <unordered_map>
 
 namespace engine {
 
@@ -24,10 +24,9 @@ class UniqueNames {
     [[nodiscard]] std::string Add(std::string name);
 
   private:
-    bool Insert(const std::string& name);
     // Hashes only: a million paths would take too much room. Two that collide get a number, that
-    // is all.
-    std::unordered_set<std::uint64_t> m_seen;
+    // is all. With each the number to try next, so that a million equal names do not take forever.
+    std::unordered_map<std::uint64_t, int> m_seen;
 };
 
 } // namespace engine

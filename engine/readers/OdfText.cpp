@@ -73,7 +73,7 @@ bool OdfText::Start(const XmlElement& element) {
         m_inMeta = m_part == OdfPart::Everything ? 1 : 0;
         return m_inMeta > 0;
     case OdfTag::Body:
-        m_inBody += m_part == OdfPart::Everything ? 1 : 0;
+        m_inBody += m_part == OdfPart::Everything || m_part == OdfPart::Embedded ? 1 : 0;
         return m_inBody > 0;
     case OdfTag::Margin:
         if (!Reading())
@@ -107,7 +107,8 @@ bool OdfText::StartText(OdfTag tag, const XmlElement& element) {
         m_spreadsheet = true;
         break;
     case OdfTag::Page:
-        m_flow.Open(Block::Page, ++m_pages);
+        if (m_part != OdfPart::Embedded)
+            m_flow.Open(Block::Page, ++m_pages);
         break;
     case OdfTag::Paragraph:
     case OdfTag::Heading:
@@ -212,7 +213,8 @@ void OdfText::StartTable(const XmlElement& element) {
     table.sheet = m_spreadsheet && m_tables.empty() && m_inParagraph == 0;
     ShowCell();
     if (table.sheet) {
-        m_flow.Open(Block::Page, ++m_pages);
+        if (m_part != OdfPart::Embedded)
+            m_flow.Open(Block::Page, ++m_pages);
         m_flow.Open(Block::Heading, 1);
         m_flow.Text(element.Attribute("name"));
         m_flow.Close(Block::Heading);
@@ -259,7 +261,7 @@ void OdfText::EndTable() {
     m_flow.Close(Block::Table);
     if (m_tables.empty())
         return;
-    if (m_tables.back().sheet)
+    if (m_tables.back().sheet && m_part != OdfPart::Embedded)
         m_flow.Close(Block::Page);
     m_tables.pop_back();
 }
@@ -309,7 +311,8 @@ void OdfText::End(std::string_view space, std::string_view name) {
         EndCell();
         break;
     case OdfTag::Page:
-        m_flow.Close(Block::Page);
+        if (m_part != OdfPart::Embedded)
+            m_flow.Close(Block::Page);
         break;
     case OdfTag::Annotation:
     case OdfTag::Note:

@@ -14,8 +14,9 @@
 
 namespace engine {
 
-// Which part of a document is read. One XML file that holds it all is read as Everything.
-enum class OdfPart : std::uint8_t { Everything, Headers, Footers };
+// Which part of a document is read. One XML file that holds it all is read as Everything. Embedded
+// is a document within another one: its sheets are no pages of that.
+enum class OdfPart : std::uint8_t { Everything, Headers, Footers, Embedded };
 
 // Collects title, author and so on from the element "meta".
 class OdfMeta {

@@ -203,6 +203,10 @@ bool DrawingText::Start(const XmlElement& element) {
         ++m_inText;
     } else if (element.name == "br") {
         m_flow.Break();
+    } else if (element.name == "cNvPr") {
+        m_flow.EndParagraph();
+        m_flow.Collapse(element.Attribute("descr"));
+        m_flow.EndParagraph();
     } else if (element.name == "strCache" || element.name == "strLit" ||
                element.name == "multiLvlStrCache") {
         ++m_inWords;
@@ -234,22 +238,32 @@ void DrawingText::Text(std::string_view utf8) {
         m_word += utf8;
 }
 
-void ReadDrawings(OpenXmlPackage& package, const Relationships& relationships, Flow& flow) {
-    std::set<std::string> read;
+namespace {
+
+// Charts and diagrams hang on a text or on a sheet's drawing, text boxes on a chart.
+constexpr int kDeepestDrawing = 3;
+
+void ReadDrawings(OpenXmlPackage& package, const Relationships& relationships, Flow& flow,
+                  std::set<std::string>& read, int depth) {
+    constexpr std::array<std::string_view, 5> kTypes{"drawing", "diagramData", "chart", "chartEx",
+                                                     "chartUserShapes"};
     for (const Relationship& relationship : relationships.all) {
-        const bool drawing = relationship.type == "drawing";
-        if (!drawing && relationship.type != "diagramData" && relationship.type != "chart" &&
-            relationship.type != "chartEx")
-            continue;
-        if (!read.insert(relationship.target).second)
+        if (std::find(kTypes.begin(), kTypes.end(), relationship.type) == kTypes.end() ||
+            !read.insert(relationship.target).second)
             continue;
         DrawingText text(flow);
         package.Parse(relationship.target, text);
-        if (drawing) // charts hang on a sheet's drawing
-            for (const Relationship& inner : package.RelationshipsOf(relationship.target).all)
-                if (inner.type.starts_with("chart") && read.insert(inner.target).second)
-                    package.Parse(inner.target, text);
+        if (depth < kDeepestDrawing)
+            ReadDrawings(package, package.RelationshipsOf(relationship.target), flow, read,
+                         depth + 1);
     }
+}
+
+} // namespace
+
+void ReadDrawings(OpenXmlPackage& package, const Relationships& relationships, Flow& flow) {
+    std::set<std::string> read;
+    ReadDrawings(package, relationships, flow, read, 1);
 }
 
 } // namespace engine

@@ -53,7 +53,8 @@ class AlternateContent {
     std::vector<bool> m_chosen; // one for each AlternateContent that is open
 };
 
-// Text of drawings, diagrams and charts: paragraphs, and the words that charts keep of the cells.
+// Text of drawings, diagrams and charts: paragraphs, what describes a picture, and the words that
+// charts keep of the cells.
 class DrawingText final : public XmlHandler {
   public:
     explicit DrawingText(Flow& flow) : m_flow(flow) {}

@@ -16,6 +16,13 @@ Package::Package(const Source& source, DocumentSink& sink) : m_sink(sink), m_zip
         sink.Incomplete("the end of the file is missing");
 }
 
+std::vector<std::string> Package::Parts() const {
+    std::vector<std::string> parts;
+    for (const ZipMember& member : m_zip.Members())
+        parts.push_back(member.name);
+    return parts;
+}
+
 void Package::Require(std::string_view part) const {
     const ZipMember* member = m_zip.Find(part);
     if (member == nullptr)
@@ -35,6 +42,16 @@ bool Package::Parse(std::string_view part, XmlHandler& handler) {
     const std::string& problem = broken.empty() ? parser.Problem() : broken;
     if (!problem.empty())
         m_sink.Incomplete(member->name + " " + problem);
+    return true;
+}
+
+bool Package::Unpack(std::string_view part, const ZipFile::Take& take) {
+    const ZipMember* member = m_zip.Find(part);
+    if (member == nullptr)
+        return false;
+    const std::string broken = m_zip.Unpack(*member, take);
+    if (!broken.empty())
+        m_sink.Incomplete(member->name + " " + broken);
     return true;
 }
 

@@ -10,6 +10,7 @@
 
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace engine {
 
@@ -20,10 +21,14 @@ class Package {
     Package(const Source& source, DocumentSink& sink);
 
     [[nodiscard]] bool Has(std::string_view part) const { return m_zip.Find(part) != nullptr; }
+    // The names of all parts, in the order of the archive.
+    [[nodiscard]] std::vector<std::string> Parts() const;
     // Throws ReadError when the part is missing (Damaged) or encrypted.
     void Require(std::string_view part) const;
     // Parses a part. false: there is no such part.
     bool Parse(std::string_view part, XmlHandler& handler);
+    // Hands on a part that is no XML, piece by piece. false as above.
+    bool Unpack(std::string_view part, const ZipFile::Take& take);
     // A part as it is, up to limit bytes; empty: none, or larger. problem, if given, takes why a
     // part that is there did not come whole; what there is of it is then returned.
     [[nodiscard]] std::string Load(std::string_view part, std::size_t limit,

@@ -2,8 +2,13 @@
 // SPDX-License-Identifier: AGPL-3.0-or-later
 #include "engine/readers/PdfDocument.h"
 
+#include "engine/readers/Limits.h"
+#include "engine/readers/MemberNames.h"
 #include "engine/readers/PdfWalk.h"
+#include "engine/readers/PdfXfa.h"
 #include "engine/readers/Reader.h"
+
+#include <algorithm>
 
 namespace engine {
 
@@ -100,6 +105,43 @@ std::string PdfDocument::Info(const char* key) {
 
 std::string PdfDocument::Metadata() {
     return std::string(Buffer(m_library->fitz, FitzMetadata(&m_library->fitz)).View());
+}
+
+std::vector<std::string> PdfDocument::FormTexts() {
+    FitzPdf& fitz = m_library->fitz;
+    if (FitzHasFields(&fitz))
+        return {};
+    std::vector<std::string> texts;
+    for (const char* packet : {"template", "datasets"})
+        AppendXfaTexts(Buffer(fitz, FitzXfaPacket(&fitz, packet)).View(), packet, texts);
+    return texts;
+}
+
+bool PdfDocument::ReadFiles(MemberSink& files) {
+    FitzPdf& fitz = m_library->fitz;
+    const int count = FitzCountFiles(&fitz);
+    UniqueNames names;
+    std::size_t room = kMaxPdfFileBytes;
+    for (int i = 0; i < count && room > 0; ++i) {
+        Member member;
+        const std::string name = CleanFileName(FitzFileName(&fitz, i));
+        member.path = names.Add(name.empty() ? "unnamed" : name);
+        if (!files.Wants(member.path))
+            continue;
+        const FitzFile file = FitzGetFile(&fitz, i, room);
+        const Buffer content(fitz, file.content);
+        member.bytes = content.View();
+        member.modified = file.modified;
+        member.cut = file.cut;
+        if (file.damaged) {
+            member.problem = std::string("damaged: ") + fitz.error;
+            if (!member.bytes.empty())
+                member.problemState = ReadState::Partly;
+        }
+        room -= std::min(room, member.bytes.size());
+        files.Receive(member);
+    }
+    return room > 0 && count < kMaxPdfFiles;
 }
 
 std::vector<std::string> PdfDocument::Bookmarks() {

@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: AGPL-3.0-or-later
 #pragma once
 
+#include "engine/readers/DocumentSink.h"
 #include "engine/readers/PdfPageText.h"
 
 #include <memory>
@@ -29,6 +30,11 @@ class PdfDocument {
     [[nodiscard]] std::string Info(const char* key);
     // The XMP packet (XML); empty where there is none.
     [[nodiscard]] std::string Metadata();
+    // Texts of a form that stands in an XML description beside the pages; empty where the fields
+    // stand on the pages, too.
+    [[nodiscard]] std::vector<std::string> FormTexts();
+    // Hands out the embedded files, each under a name of its own. False: a cap was reached.
+    [[nodiscard]] bool ReadFiles(MemberSink& files);
     // The bookmarks' titles, in order.
     [[nodiscard]] std::vector<std::string> Bookmarks();
 

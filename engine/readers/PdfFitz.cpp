@@ -149,7 +149,8 @@ void FitzRunText(FitzPdf* pdf, pdf_obj* contents, pdf_obj* form, pdf_obj* resour
     fz_var(processor);
     fz_try(ctx) {
         device = fz_new_stext_device(ctx, page, nullptr);
-        processor = pdf_new_run_processor(ctx, device, ctm, "View", nullptr, nullptr, &cookie);
+        // Without a usage no layer is hidden.
+        processor = pdf_new_run_processor(ctx, device, ctm, nullptr, nullptr, nullptr, &cookie);
         LeaveOutGraphics(processor);
         if (form != nullptr)
             processor->op_Do_form(ctx, processor, "", form, resources);
@@ -205,6 +206,8 @@ void FitzClose(FitzPdf* pdf) {
     for (int i = 0; i < pdf->knownPages; ++i)
         pdf_drop_obj(pdf->ctx, pdf->pages[i]);
     fz_free(pdf->ctx, pdf->pages);
+    pdf_drop_obj(pdf->ctx, pdf->files);
+    pdf_drop_obj(pdf->ctx, pdf->keptTexts);
     pdf_drop_document(pdf->ctx, pdf->doc);
     fz_drop_stream(pdf->ctx, pdf->stream);
     fz_drop_context(pdf->ctx);

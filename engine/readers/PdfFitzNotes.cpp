@@ -29,31 +29,76 @@ fz_matrix AppearanceMatrix(fz_context* ctx, pdf_obj* annotation, pdf_obj* form) 
 
 enum class NoteSource { None, Text, Drawing };
 
+// What the form shows for a value that is chosen from a list: the document may keep another one.
+pdf_obj* ShownChoice(fz_context* ctx, pdf_obj* options, pdf_obj* value) {
+    constexpr int kMostOptions = 10'000;
+    const int count = pdf_array_len(ctx, options);
+    for (int i = 0; i < count && i < kMostOptions; ++i) {
+        pdf_obj* option = pdf_array_get(ctx, options, i);
+        if (pdf_array_len(ctx, option) == 2 &&
+            pdf_objcmp_resolve(ctx, pdf_array_get(ctx, option, 0), value) == 0)
+            return pdf_array_get(ctx, option, 1);
+    }
+    return value;
+}
+
+// The chosen values, one a line; it belongs to the document.
+const char* ChosenText(FitzPdf* pdf, pdf_obj* field, pdf_obj* value) {
+    constexpr int kMostChosen = 100;
+    fz_context* ctx = pdf->ctx;
+    pdf_obj* options = pdf_dict_get_inheritable(ctx, field, PDF_NAME(Opt));
+    if (pdf_is_string(ctx, value) != 0)
+        return pdf_to_text_string(ctx, ShownChoice(ctx, options, value));
+    const char* text = "";
+    fz_buffer* lines = fz_new_buffer(ctx, 256);
+    fz_var(text);
+    fz_try(ctx) {
+        const int count = pdf_array_len(ctx, value);
+        for (int i = 0; i < count && i < kMostChosen; ++i) {
+            pdf_obj* shown = ShownChoice(ctx, options, pdf_array_get(ctx, value, i));
+            if (lines->len > 0)
+                fz_append_byte(ctx, lines, '\n');
+            fz_append_string(ctx, lines, pdf_to_text_string(ctx, shown));
+        }
+        if (pdf->keptTexts == nullptr)
+            pdf->keptTexts = pdf_new_array(ctx, pdf->doc, 8);
+        pdf_array_push_drop(ctx, pdf->keptTexts,
+                            pdf_new_text_string(ctx, fz_string_from_buffer(ctx, lines)));
+        text = pdf_to_text_string(
+            ctx, pdf_array_get(ctx, pdf->keptTexts, pdf_array_len(ctx, pdf->keptTexts) - 1));
+    }
+    fz_always(ctx) fz_drop_buffer(ctx, lines);
+    fz_catch(ctx) fz_rethrow(ctx);
+    return text;
+}
+
 // Where a form field's value is to be read.
-NoteSource LookAtField(fz_context* ctx, pdf_obj* field, const char** text) {
+NoteSource LookAtField(FitzPdf* pdf, pdf_obj* field, const char** text) {
+    fz_context* ctx = pdf->ctx;
     pdf_obj* type = pdf_dict_get_inheritable(ctx, field, PDF_NAME(FT));
     const int flags = pdf_to_int(ctx, pdf_dict_get_inheritable(ctx, field, PDF_NAME(Ff)));
     if (pdf_name_eq(ctx, type, PDF_NAME(Btn)) != 0) // check boxes draw a tick only
         return (flags & PDF_BTN_FIELD_IS_PUSHBUTTON) != 0 ? NoteSource::Drawing : NoteSource::None;
     const bool isText = pdf_name_eq(ctx, type, PDF_NAME(Tx)) != 0;
-    if (!isText && pdf_name_eq(ctx, type, PDF_NAME(Ch)) == 0)
-        return NoteSource::None;
-    if (isText && (flags & PDF_TX_FIELD_IS_PASSWORD) != 0)
-        return NoteSource::None;
     pdf_obj* value = pdf_dict_get_inheritable(ctx, field, PDF_NAME(V));
-    if (pdf_is_string(ctx, value) == 0)
+    if (pdf_name_eq(ctx, type, PDF_NAME(Ch)) != 0) {
+        *text = ChosenText(pdf, field, value);
+        return **text != '\0' ? NoteSource::Text : NoteSource::None;
+    }
+    if (!isText || (flags & PDF_TX_FIELD_IS_PASSWORD) != 0 || pdf_is_string(ctx, value) == 0)
         return NoteSource::None;
     *text = pdf_to_text_string(ctx, value);
     return NoteSource::Text;
 }
 
-NoteSource LookAtNote(fz_context* ctx, pdf_obj* annotation, const char** text) {
+NoteSource LookAtNote(FitzPdf* pdf, pdf_obj* annotation, const char** text) {
+    fz_context* ctx = pdf->ctx;
     const int flags = pdf_dict_get_int(ctx, annotation, PDF_NAME(F));
     if ((flags & PDF_ANNOT_IS_HIDDEN) != 0)
         return NoteSource::None;
     pdf_obj* type = pdf_dict_get(ctx, annotation, PDF_NAME(Subtype));
     if (pdf_name_eq(ctx, type, PDF_NAME(Widget)) != 0)
-        return LookAtField(ctx, annotation, text);
+        return LookAtField(pdf, annotation, text);
     // A pop-up only repeats its parent; a link's contents are a tool tip.
     if (pdf_name_eq(ctx, type, PDF_NAME(Popup)) != 0 || pdf_name_eq(ctx, type, PDF_NAME(Link)) != 0)
         return NoteSource::None;
@@ -68,7 +113,7 @@ NoteSource LookAtNote(fz_context* ctx, pdf_obj* annotation, const char** text) {
 void LoadNote(FitzPdf* pdf, pdf_obj* object, pdf_obj* annotation, FitzNote* note) {
     fz_context* ctx = pdf->ctx;
     const char* text = nullptr;
-    const NoteSource source = LookAtNote(ctx, annotation, &text);
+    const NoteSource source = LookAtNote(pdf, annotation, &text);
     if (source == NoteSource::None)
         return;
     fz_rect mediabox;

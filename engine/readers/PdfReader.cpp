@@ -1,4 +1,4 @@
-// Reads a PDF: its properties, its pages, its bookmarks.
+// Reads a PDF: its properties, its pages, its bookmarks, what is embedded in it.
 // SPDX-License-Identifier: AGPL-3.0-or-later
 #include "engine/readers/PdfDocument.h"
 #include "engine/readers/PdfXmp.h"
@@ -30,14 +30,13 @@ void EmitProperties(PdfDocument& pdf, DocumentSink& sink) {
     sink.Field("keywords", keywords);
 }
 
-void EmitBookmarks(PdfDocument& pdf, DocumentSink& sink) {
-    const std::vector<std::string> titles = pdf.Bookmarks();
-    if (titles.empty())
+void EmitNote(const std::vector<std::string>& paragraphs, DocumentSink& sink) {
+    if (paragraphs.empty())
         return;
     sink.Open(Block::Note);
-    for (const std::string& title : titles) {
+    for (const std::string& paragraph : paragraphs) {
         sink.Open(Block::Paragraph);
-        sink.Text(title);
+        sink.Text(paragraph);
         sink.Close(Block::Paragraph);
     }
     sink.Close(Block::Note);
@@ -50,7 +49,7 @@ std::string CountOf(int damaged, int pages) {
 
 } // namespace
 
-void ReadPdf(const Source& source, DocumentSink& sink, MemberSink& /*attachments*/) {
+void ReadPdf(const Source& source, DocumentSink& sink, MemberSink& attachments) {
     PdfDocument pdf(source.bytes);
     EmitProperties(pdf, sink);
     const int pages = pdf.PageCount();
@@ -66,7 +65,10 @@ void ReadPdf(const Source& source, DocumentSink& sink, MemberSink& /*attachments
         hasPicture = hasPicture || page.isPicture;
         EmitPdfPage(page, i + 1, sink);
     }
-    EmitBookmarks(pdf, sink);
+    EmitNote(pdf.FormTexts(), sink);
+    EmitNote(pdf.Bookmarks(), sink);
+    if (!pdf.ReadFiles(attachments))
+        sink.Incomplete("its embedded files are larger than what is unpacked");
     if (damaged > 0)
         sink.Incomplete(CountOf(damaged, pages));
     if (known + unknown == 0 && hasPicture)

@@ -1,5 +1,6 @@
 // Reads PPTX, POTX, PPSX and their kin.
 // SPDX-License-Identifier: AGPL-3.0-or-later
+#include "engine/readers/Embedded.h"
 #include "engine/readers/OpenXml.h"
 #include "engine/readers/Reader.h"
 
@@ -150,7 +151,7 @@ class PptxReading {
     PptxReading(const Source& source, DocumentSink& sink)
         : m_package(source, sink), m_sink(sink), m_flow(sink) {}
 
-    void Run() {
+    void Run(MemberSink& attachments) {
         const std::string presentation = m_package.MainPart("ppt/presentation.xml");
         m_package.ReadProperties();
         const Relationships references = m_package.RelationshipsOf(presentation);
@@ -164,6 +165,7 @@ class PptxReading {
                 if (reference.type == "slide")
                     Slide(++number, reference.target);
         m_flow.Finish();
+        DeliverEmbedded(m_package, attachments);
     }
 
   private:
@@ -197,8 +199,8 @@ class PptxReading {
 
 } // namespace
 
-void ReadPptx(const Source& source, DocumentSink& sink) {
-    PptxReading(source, sink).Run();
+void ReadPptx(const Source& source, DocumentSink& sink, MemberSink& attachments) {
+    PptxReading(source, sink).Run(attachments);
 }
 
 } // namespace engine

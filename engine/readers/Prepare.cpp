@@ -4,8 +4,10 @@
 
 #include "engine/readers/ArchiveLocale.h"
 #include "engine/readers/MailMime.h"
+#include "engine/readers/MediaTags.h"
 
 #include <iconv.h>
+#include <openssl/crypto.h>
 
 namespace engine {
 
@@ -34,6 +36,9 @@ void PrepareReaders() {
     static const bool opened = OpenCharsets();
     static_cast<void>(opened);
     InitMime();
+    // Else the first digest would look for a configuration.
+    OPENSSL_init_crypto(OPENSSL_INIT_NO_LOAD_CONFIG, nullptr);
+    PrepareMedia();
     static_cast<void>(Utf8Locale());
 }
 

@@ -77,13 +77,13 @@ void ReadDocument(Kind kind, const Source& source, DocumentSink& sink, MemberSin
     case Kind::Pdf:
         return ReadPdf(source, sink, attachments);
     case Kind::Docx:
-        return ReadDocx(source, sink);
+        return ReadDocx(source, sink, attachments);
     case Kind::Xlsx:
-        return ReadXlsx(source, sink);
+        return ReadXlsx(source, sink, attachments);
     case Kind::Pptx:
-        return ReadPptx(source, sink);
+        return ReadPptx(source, sink, attachments);
     case Kind::OpenDocument:
-        return ReadOpenDocument(source, sink);
+        return ReadOpenDocument(source, sink, attachments);
     case Kind::Epub:
         return ReadEpub(source, sink);
     case Kind::Mail:
@@ -91,13 +91,13 @@ void ReadDocument(Kind kind, const Source& source, DocumentSink& sink, MemberSin
     case Kind::Rtf:
         return ReadRtf(source, sink);
     case Kind::Doc:
-        return ReadDoc(source, sink);
+        return ReadDoc(source, sink, attachments);
     case Kind::Xls:
-        return ReadXls(source, sink);
+        return ReadXls(source, sink, attachments);
     case Kind::Xlsb:
-        return ReadXlsb(source, sink);
+        return ReadXlsb(source, sink, attachments);
     case Kind::Ppt:
-        return ReadPpt(source, sink);
+        return ReadPpt(source, sink, attachments);
     case Kind::Msg:
         return ReadMsg(source, sink, attachments);
     case Kind::Mht:

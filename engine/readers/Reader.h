@@ -92,16 +92,17 @@ void ReadHtml(const Source& source, DocumentSink& sink);
 void ReadXml(const Source& source, DocumentSink& sink);
 // Embedded files go to attachments.
 void ReadPdf(const Source& source, DocumentSink& sink, MemberSink& attachments);
-void ReadDocx(const Source& source, DocumentSink& sink);
-void ReadXlsx(const Source& source, DocumentSink& sink);
-void ReadPptx(const Source& source, DocumentSink& sink);
-void ReadOpenDocument(const Source& source, DocumentSink& sink);
+// What is embedded goes to attachments, here and in the other office formats.
+void ReadDocx(const Source& source, DocumentSink& sink, MemberSink& attachments);
+void ReadXlsx(const Source& source, DocumentSink& sink, MemberSink& attachments);
+void ReadPptx(const Source& source, DocumentSink& sink, MemberSink& attachments);
+void ReadOpenDocument(const Source& source, DocumentSink& sink, MemberSink& attachments);
 void ReadEpub(const Source& source, DocumentSink& sink);
 void ReadRtf(const Source& source, DocumentSink& sink);
-void ReadDoc(const Source& source, DocumentSink& sink);
-void ReadXls(const Source& source, DocumentSink& sink);
-void ReadXlsb(const Source& source, DocumentSink& sink);
-void ReadPpt(const Source& source, DocumentSink& sink);
+void ReadDoc(const Source& source, DocumentSink& sink, MemberSink& attachments);
+void ReadXls(const Source& source, DocumentSink& sink, MemberSink& attachments);
+void ReadXlsb(const Source& source, DocumentSink& sink, MemberSink& attachments);
+void ReadPpt(const Source& source, DocumentSink& sink, MemberSink& attachments);
 void ReadMht(const Source& source, DocumentSink& sink);
 void ReadChm(const Source& source, DocumentSink& sink);
 void ReadFb2(const Source& source, DocumentSink& sink);

@@ -3,6 +3,7 @@
 #include "engine/readers/Walk.h"
 
 #include "engine/readers/Frames.h"
+#include "engine/readers/Limits.h"
 #include "engine/readers/MediaKind.h"
 
 #include <functional>
@@ -26,7 +27,10 @@ class Walker {
     void WalkContainer(FoundDocument& document, int depth);
     void WalkMember(const FoundDocument& container, const Member& member, const std::string& path,
                     int depth);
+    void Count(const Member& member);
     DocumentVisitor& m_visitor;
+    std::uint64_t m_unpacked = 0; // bytes of all members so far
+    std::uint64_t m_members = 0;
 };
 
 // Gives each member its place in the container's name: ">n|MEMBER".
@@ -79,6 +83,18 @@ class AttachmentSink final : public MemberSink {
     std::string m_path;
 };
 
+// An archive's own caps do not hold for archives full of archives. What is thrown ends the archive
+// that the member stands in, then with its next member the one around it.
+void Walker::Count(const Member& member) {
+    m_unpacked += member.bytes.size();
+    if (m_unpacked > kMaxArchiveBytes)
+        throw ReadError(ReadState::Partly,
+                        "unpacks to more than " + std::to_string(kMaxArchiveBytes / kGiB) + " GB");
+    if (++m_members > kMaxArchiveEntries)
+        throw ReadError(ReadState::Partly,
+                        "has more than " + std::to_string(kMaxArchiveEntries) + " entries");
+}
+
 void Walker::WalkMember(const FoundDocument& /*container*/, const Member& member,
                         const std::string& path, int depth) {
     FoundDocument found;
@@ -105,6 +121,7 @@ void Walker::WalkContainer(FoundDocument& document, int depth) {
     }
     ContainerSink members(m_visitor, document.path,
                           [&](const Member& member, const std::string& path) {
+                              Count(member);
                               WalkMember(document, member, path, depth + 1);
                           });
     try {

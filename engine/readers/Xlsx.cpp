@@ -1,9 +1,11 @@
 // Reads XLSX, XLTX and their kin.
 // SPDX-License-Identifier: AGPL-3.0-or-later
 #include "engine/readers/DocxStyles.h"
-#include "engine/readers/Limits.h"
+#include "engine/readers/Embedded.h"
 #include "engine/readers/OpenXml.h"
 #include "engine/readers/Reader.h"
+#include "engine/readers/SharedTexts.h"
+#include "engine/readers/SheetFlow.h"
 #include "engine/readers/XlsxFormats.h"
 
 #include <algorithm>
@@ -14,42 +16,27 @@
 namespace engine {
 namespace {
 
-constexpr int kWidestGap = 32; // empty cells shown between two full ones
-
-// The texts that cells share, one after the other in memory.
-class SharedTexts final : public XmlHandler {
+// The part that holds the texts that cells share.
+class SharedTextPart final : public XmlHandler {
   public:
-    bool full = false;
-
+    explicit SharedTextPart(SharedTexts& texts) : m_texts(texts) {}
     bool Start(const XmlElement& element) override {
         if (element.name == "si")
-            m_ends.push_back(m_texts.size());
+            m_texts.Begin();
         m_inText = m_inText || element.name == "t";
         return element.name != "rPh"; // how a word is read
     }
     void End(std::string_view /*space*/, std::string_view name) override {
         if (name == "t")
             m_inText = false;
-        else if (name == "si" && !m_ends.empty())
-            m_ends.back() = m_texts.size();
     }
     void Text(std::string_view utf8) override {
-        if (!m_inText)
-            return;
-        full = full || m_texts.size() + utf8.size() > kMaxSharedText;
-        if (!full)
-            m_texts += utf8;
-    }
-    [[nodiscard]] std::string_view At(std::size_t index) const {
-        if (index >= m_ends.size())
-            return {};
-        const std::size_t begin = index == 0 ? 0 : m_ends[index - 1];
-        return std::string_view(m_texts).substr(begin, m_ends[index] - begin);
+        if (m_inText)
+            m_texts.Append(utf8);
     }
 
   private:
-    std::string m_texts;
-    std::vector<std::size_t> m_ends;
+    SharedTexts& m_texts;
     bool m_inText = false;
 };
 
@@ -88,18 +75,6 @@ int ColumnOf(std::string_view address) {
     return column;
 }
 
-// A cell's line ends are shown.
-void PutLines(std::string_view text, Flow& flow) {
-    while (true) {
-        const std::size_t end = text.find('\n');
-        flow.Text(text.substr(0, end));
-        if (end == std::string_view::npos)
-            return;
-        flow.Break();
-        text.remove_prefix(end + 1);
-    }
-}
-
 // A header or footer of the printed sheet: "oddHeader", "firstFooter" and so on.
 bool IsMargin(std::string_view name) {
     return name != "headerFooter" && (name.ends_with("Header") || name.ends_with("Footer"));
@@ -107,8 +82,8 @@ bool IsMargin(std::string_view name) {
 
 class SheetText final : public XmlHandler {
   public:
-    SheetText(const SharedTexts& shared, const XlsxFormats& formats, Flow& flow)
-        : m_shared(shared), m_formats(formats), m_flow(flow) {}
+    SheetText(const SharedTexts& shared, const NumberFormats& formats, SheetFlow& sheet)
+        : m_shared(shared), m_formats(formats), m_sheet(sheet) {}
 
     bool Start(const XmlElement& element) override;
     void End(std::string_view space, std::string_view name) override;
@@ -120,18 +95,14 @@ class SheetText final : public XmlHandler {
   private:
     [[nodiscard]] std::string_view Shown();
     void PutCell();
-    void PutMargin();
 
     const SharedTexts& m_shared;
-    const XlsxFormats& m_formats;
-    Flow& m_flow;
+    const NumberFormats& m_formats;
+    SheetFlow& m_sheet;
     std::string m_type, m_value;
     int m_style = 0;
-    int m_column = 0;     // of the cell that is read
-    int m_lastColumn = 0; // the last one shown in this row
+    int m_column = 0; // of the cell that is read, from 1
     bool m_collect = false;
-    bool m_tableOpen = false;
-    bool m_rowOpen = false;
 };
 
 bool SheetText::Start(const XmlElement& element) {
@@ -147,7 +118,8 @@ bool SheetText::Start(const XmlElement& element) {
     } else if (name == "f") {
         return false;
     } else if (name == "row") {
-        m_column = m_lastColumn = 0;
+        m_column = 0;
+        m_sheet.NewRow();
     } else if (IsMargin(name)) {
         m_value.clear();
         m_collect = true;
@@ -161,17 +133,11 @@ void SheetText::End(std::string_view /*space*/, std::string_view name) {
         m_collect = false;
     } else if (name == "c") {
         PutCell();
-    } else if (name == "row") {
-        if (m_rowOpen)
-            m_flow.Close(Block::Row);
-        m_rowOpen = false;
     } else if (name == "sheetData") {
-        if (m_tableOpen)
-            m_flow.Close(Block::Table);
-        m_tableOpen = false;
+        m_sheet.EndTable();
     } else if (IsMargin(name)) {
         m_collect = false;
-        PutMargin();
+        m_sheet.Margin(m_value);
     }
 }
 
@@ -188,95 +154,74 @@ std::string_view SheetText::Shown() {
 
 void SheetText::PutCell() {
     const std::string_view text = Shown();
-    if (text.empty())
-        return;
-    if (!m_tableOpen)
-        m_flow.Open(Block::Table);
-    if (!m_rowOpen)
-        m_flow.Open(Block::Row);
-    m_tableOpen = m_rowOpen = true;
-    for (int gap = std::min(m_column - m_lastColumn - 1, kWidestGap); gap > 0; --gap) {
-        m_flow.Open(Block::Cell);
-        m_flow.Close(Block::Cell);
-    }
-    m_lastColumn = m_column;
-    m_flow.Open(Block::Cell);
     if (text.find("_x") == std::string_view::npos)
-        PutLines(text, m_flow);
+        m_sheet.Cell(m_column, text);
     else
-        PutLines(UnescapeControls(text), m_flow);
-    m_flow.Close(Block::Cell);
+        m_sheet.Cell(m_column, UnescapeControls(text));
 }
 
-// Headers and footers of the printed sheet: "&L&"Arial,Bold"&12Costs&RPage &P".
-void SheetText::PutMargin() {
-    m_flow.Open(Block::Paragraph);
-    std::string_view rest = m_value;
-    while (!rest.empty()) {
-        const std::size_t mark = std::min(rest.find('&'), rest.size());
-        m_flow.Collapse(rest.substr(0, mark));
-        rest.remove_prefix(mark);
-        if (rest.size() < 2)
-            break;
-        std::size_t length = 2;
-        if (rest[1] == '&')
-            m_flow.Text("&");
-        else if (rest[1] == '"')
-            length = std::min(rest.find('"', 2), rest.size() - 1) + 1;
-        else if (rest[1] == 'K')
-            length = std::min<std::size_t>(8, rest.size());
-        else if (rest[1] >= '0' && rest[1] <= '9')
-            length = std::min(rest.find_first_not_of("0123456789", 1), rest.size());
-        else if (rest[1] == 'L' || rest[1] == 'C' || rest[1] == 'R')
-            m_flow.Blank();
-        rest.remove_prefix(length);
-    }
-    m_flow.Close(Block::Paragraph);
-}
-
-// Comments of both generations: each holds a text.
+// Comments of both generations: each holds a text. For older programs those of the younger one
+// are kept in the old form too, under an author that is only a number, with advice to update.
 class SheetComments final : public XmlHandler {
   public:
-    explicit SheetComments(Flow& flow) : m_flow(flow) {}
+    SheetComments(Flow& flow, bool hasThreads) : m_flow(flow), m_hasThreads(hasThreads) {}
     bool Start(const XmlElement& element) override {
+        if (element.name == "author")
+            m_authors.emplace_back();
+        m_inAuthor = element.name == "author";
+        if (element.name == "comment" && m_hasThreads && IsThread(element.Attribute("authorId")))
+            return false;
         if (element.name == "comment" || element.name == "threadedComment")
             m_flow.Open(Block::Note);
         else if (element.name == "text")
             m_inText = true;
-        return element.name != "rPh" && element.name != "authors" && element.name != "mentions";
+        return element.name != "rPh" && element.name != "mentions";
     }
     void End(std::string_view /*space*/, std::string_view name) override {
+        m_inAuthor = false;
         if (name == "comment" || name == "threadedComment")
             m_flow.Close(Block::Note);
         else if (name == "text")
             m_inText = false;
     }
     void Text(std::string_view utf8) override {
-        if (m_inText)
-            PutLines(utf8, m_flow);
+        if (m_inAuthor)
+            m_authors.back() += utf8;
+        else if (m_inText)
+            PutSheetLines(utf8, m_flow);
     }
 
   private:
+    [[nodiscard]] bool IsThread(const std::string& author) const {
+        const int number = ToNumber(author, -1);
+        return number >= 0 && static_cast<std::size_t>(number) < m_authors.size() &&
+               m_authors[static_cast<std::size_t>(number)].starts_with("tc={");
+    }
+
     Flow& m_flow;
+    const bool m_hasThreads;
+    std::vector<std::string> m_authors;
+    bool m_inAuthor = false;
     bool m_inText = false;
 };
 
 class XlsxReading {
   public:
     XlsxReading(const Source& source, DocumentSink& sink)
-        : m_package(source, sink), m_sink(sink), m_flow(sink) {}
+        : m_package(source, sink), m_sink(sink), m_flow(sink), m_sheet(m_flow) {}
 
-    void Run() {
+    void Run(MemberSink& attachments) {
         const std::string workbook = m_package.MainPart("xl/workbook.xml");
         m_package.ReadProperties();
         const Relationships references = m_package.RelationshipsOf(workbook);
         WorkbookParts parts;
         m_package.Parse(workbook, parts);
         m_formats.from1904 = parts.from1904;
-        m_formats.Read(m_package, references.FirstOf("styles"));
-        m_package.Parse(references.FirstOf("sharedStrings"), m_shared);
-        if (m_shared.full)
-            m_sink.Incomplete("texts beyond 256 MB");
+        ReadXlsxFormats(m_package, references.FirstOf("styles"), m_formats);
+        SharedTextPart shared(m_shared);
+        m_package.Parse(references.FirstOf("sharedStrings"), shared);
+        if (m_shared.Full())
+            m_sink.Incomplete(SharedTexts::kFullReason);
         int number = 0;
         for (const SheetEntry& sheet : parts.sheets)
             Sheet(++number, sheet.name, references.TargetOf(sheet.id));
@@ -285,38 +230,37 @@ class XlsxReading {
                 if (reference.type == "worksheet")
                     Sheet(++number, {}, reference.target);
         m_flow.Finish();
+        DeliverEmbedded(m_package, attachments);
     }
 
   private:
     void Sheet(int number, const std::string& name, const std::string& part) {
-        m_flow.Open(Block::Page, number);
-        m_flow.Open(Block::Heading, 1);
-        m_flow.Text(name);
-        m_flow.Close(Block::Heading);
-        SheetText text(m_shared, m_formats, m_flow);
+        m_sheet.Begin(number, name);
+        SheetText text(m_shared, m_formats, m_sheet);
         if (!m_package.Parse(part, text))
             m_sink.Incomplete("the sheet " + name + " is missing");
         const Relationships references = m_package.RelationshipsOf(part);
-        std::string comments = references.FirstOf("comments");
-        if (comments.empty())
-            comments = references.FirstOf("threadedComment");
-        SheetComments reader(m_flow);
-        m_package.Parse(comments, reader);
+        const std::string threads = references.FirstOf("threadedComment");
+        SheetComments comments(m_flow, m_package.Has(threads));
+        m_package.Parse(references.FirstOf("comments"), comments);
+        SheetComments threaded(m_flow, false);
+        m_package.Parse(threads, threaded);
         ReadDrawings(m_package, references, m_flow);
-        m_flow.Close(Block::Page);
+        m_sheet.End();
     }
 
     OpenXmlPackage m_package;
     DocumentSink& m_sink;
     Flow m_flow;
-    XlsxFormats m_formats;
+    SheetFlow m_sheet;
+    NumberFormats m_formats;
     SharedTexts m_shared;
 };
 
 } // namespace
 
-void ReadXlsx(const Source& source, DocumentSink& sink) {
-    XlsxReading(source, sink).Run();
+void ReadXlsx(const Source& source, DocumentSink& sink, MemberSink& attachments) {
+    XlsxReading(source, sink).Run(attachments);
 }
 
 } // namespace engine

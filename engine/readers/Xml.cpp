@@ -1,12 +1,14 @@
-// Reads XML whose vocabulary is not known, and SVG.
+// Reads XML: office documents that are one file, SVG, and whatever else there is.
 // SPDX-License-Identifier: AGPL-3.0-or-later
 #include "engine/readers/Charset.h"
 #include "engine/readers/Flow.h"
+#include "engine/readers/OfficeXml2003.h"
 #include "engine/readers/Reader.h"
 #include "engine/readers/XmlSax.h"
 
 #include <algorithm>
 #include <array>
+#include <memory>
 #include <string_view>
 
 namespace engine {
@@ -89,6 +91,34 @@ class XmlText final : public XmlHandler {
     bool m_lineEnd = false;   // among these blanks
 };
 
+// Hands the document to what knows its vocabulary, which the root tells.
+class XmlDocument final : public XmlHandler {
+  public:
+    XmlDocument(Flow& flow, DocumentSink& sink) : m_flow(flow), m_sink(sink), m_general(flow) {}
+
+    bool Start(const XmlElement& element) override {
+        if (m_depth++ == 0 && (m_known = MakeOfficeXmlReader(element, m_flow, m_sink)) != nullptr)
+            return true;
+        const bool read = Reader().Start(element);
+        m_depth -= read ? 0 : 1; // no End follows
+        return read;
+    }
+    void End(std::string_view space, std::string_view name) override {
+        if (--m_depth > 0 || m_known == nullptr)
+            Reader().End(space, name);
+    }
+    void Text(std::string_view utf8) override { Reader().Text(utf8); }
+
+  private:
+    XmlHandler& Reader() { return m_known != nullptr ? *m_known : m_general; }
+
+    Flow& m_flow;
+    DocumentSink& m_sink;
+    XmlText m_general;
+    std::unique_ptr<XmlHandler> m_known;
+    int m_depth = 0;
+};
+
 // The encoding that the declaration in the first line names; empty when there is none.
 std::string DeclaredXmlCharset(std::string_view bytes) {
     if (!bytes.starts_with("<?xml"))
@@ -118,8 +148,8 @@ std::string ReadXmlInto(std::string_view bytes, XmlHandler& handler) {
 
 void ReadXml(const Source& source, DocumentSink& sink) {
     Flow flow(sink);
-    XmlText text(flow);
-    const std::string problem = ReadXmlInto(source.bytes, text);
+    XmlDocument document(flow, sink);
+    const std::string problem = ReadXmlInto(source.bytes, document);
     flow.Finish();
     if (!problem.empty())
         sink.Incomplete("the document " + problem);

@@ -3,6 +3,7 @@
 // SPDX-License-Identifier: AGPL-3.0-or-later
 #include "engine/readers/ZipFile.h"
 
+#include "engine/readers/CompoundFile.h"
 #include "engine/readers/Limits.h"
 #include "engine/readers/Reader.h"
 
@@ -244,10 +245,13 @@ std::string ZipFile::Unpack(const ZipMember& member, const Take& take) {
 }
 
 bool IsEncryptedOffice(std::string_view bytes) {
-    constexpr auto kOle2Mark = "\xD0\xCF\x11\xE0\xA1\xB1\x1A\xE1"sv;
-    constexpr auto kStreamName =
-        "E\0n\0c\0r\0y\0p\0t\0e\0d\0P\0a\0c\0k\0a\0g\0e\0"sv; // UTF-16, in the directory
-    return bytes.starts_with(kOle2Mark) && bytes.find(kStreamName) != std::string_view::npos;
+    if (!CompoundFile::Recognises(bytes))
+        return false;
+    try {
+        return CompoundFile(bytes).IsProtected();
+    } catch (const ReadError&) {
+        return false; // too damaged to tell
+    }
 }
 
 } // namespace engine

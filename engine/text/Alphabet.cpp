@@ -15,6 +15,7 @@ constexpr std::array<std::pair<std::string_view, CharRole>, 3> kRoles{{
     {"separator", CharRole::Separator},
     {"ignored", CharRole::Ignored},
 }};
+constexpr char32_t kFirstSign = U' '; // what comes before are control characters
 constexpr char32_t kLargestRange = 0x3000; // keeps a slip of the pen from filling memory
 
 std::string_view Trim(std::string_view text) {
@@ -62,6 +63,9 @@ Alphabet Alphabet::Parse(std::string_view text) {
         const auto last =
             dash == std::string_view::npos ? first : ParseCodePoint(Trim(range.substr(dash + 1)));
         if (!first || !last || *last < *first || *last - *first > kLargestRange)
+            fail();
+        // Words are handed on line by line: a line feed within one would tear it.
+        if (role->second == CharRole::Letter && *first < kFirstSign)
             fail();
         for (char32_t c = *first; c <= *last; ++c)
             alphabet.m_roles[c] = role->second;

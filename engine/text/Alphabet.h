@@ -25,7 +25,7 @@ struct AlphabetError : std::runtime_error {
 };
 
 // Exceptions by code point. The file is UTF-8 text; each line is a role and one character or a
-// range, "#" starts a comment:
+// range, "#" starts a comment. Control characters are no letters:
 //   letter U+005F
 //   separator U+00B7
 //   ignored U+2010-U+2011

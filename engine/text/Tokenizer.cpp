@@ -11,6 +11,10 @@
 namespace engine {
 namespace {
 
+// Before a term where terms travel, so that no term may begin with it.
+constexpr char kSharesPlace = '\x01';
+constexpr char kSubstitute = '\x1A';
+
 bool IsBlank(unsigned char c) { return c == ' ' || (c >= '\t' && c <= '\r'); }
 
 bool HasJamo(std::string_view term) {
@@ -188,6 +192,8 @@ void Tokenizer::SplitBlanks(std::string_view text) {
         const std::size_t term = m_terms.size();
         if (FoldInto(word) == 0)
             m_terms.append(word);
+        if (m_terms[term] == kSharesPlace)
+            m_terms[term] = kSubstitute;
         Add(begin, at, term);
         const std::size_t whole = m_places.size();
         const std::size_t wholeTerm = m_terms.size();
@@ -229,8 +235,9 @@ std::size_t Tokenizer::LastCut(std::string_view text, WordRule rule) {
             --at;
         while (at > 0 && (static_cast<unsigned char>(text[at]) & 0xC0) == 0x80);
         if (rule == WordRule::Blanks) {
+            // Stray bytes behind a blank belong to the next word.
             if (IsBlank(static_cast<unsigned char>(text[at])))
-                return end;
+                return at + 1;
             continue;
         }
         // Behind a character that is still incomplete nothing is known.

@@ -68,7 +68,7 @@ INSTANTIATE_TEST_SUITE_P(
                  "<?xml version='1.0'?><office:document "
                  "xmlns:office='urn:oasis:names:tc:opendocument:xmlns:office:1.0'>",
                  "x", Kind::OpenDocument},
-        KindCase{"rtf", "{\\rtf1\\ansi x}", "x.txt", Kind::Unknown},
+        KindCase{"rtf", "{\\rtf1\\ansi x}", "x.txt", Kind::Rtf},
         KindCase{"pdf", "%PDF-1.4\n", "x.txt", Kind::Pdf},
         KindCase{"pdfBehindJunk", "\x01\x02junk\n%PDF-1.4\n...\nstartxref\n0\n%%EOF\n", "x",
                  Kind::Pdf},
@@ -79,11 +79,11 @@ INSTANTIATE_TEST_SUITE_P(
         KindCase{"mailbox",
                  "From a@x Mon Jan  1 10:00:00 2024\n"s + kMail +
                      "\nFrom b@x Mon Jan  1 10:00:00 2024\n" + kMail,
-                 "x", Kind::PlainText},
+                 "x", Kind::Mbox},
         KindCase{"oldTar", OldTar(), "x", Kind::Tar},
         KindCase{"noTar", "a.txt" + std::string(507, '\0'), "x.tar", Kind::Unknown},
-        KindCase{"picture", "\x89PNG\r\n\x1A\n", "x.txt", Kind::Unknown},
-        KindCase{"gzipOfNothing", "\x1F\x8B\x08\0\0\0\0\0"s, "x.tgz", Kind::Unknown},
+        KindCase{"picture", "\x89PNG\r\n\x1A\n", "x.txt", Kind::Media},
+        KindCase{"gzipOfNothing", "\x1F\x8B\x08\0\0\0\0\0"s, "x.tgz", Kind::Compressed},
         KindCase{"zip", MakeZip({{"a.txt", "a"}}), "x.docx", Kind::Zip},
         KindCase{"jar", MakeZip({{"META-INF/MANIFEST.MF", "a"}, {"a.class", "x"}}), "x.jar",
                  Kind::Zip},

@@ -465,10 +465,11 @@ TEST(EpubReader, SpineOrder) {
 
 // ---- Trouble
 
-ReadState StateOf(ReadFunction read, const std::string& bytes) {
+ReadState StateOf(Kind kind, const std::string& bytes) {
     RecordingSink sink;
+    MemberRecorder members;
     try {
-        read({bytes, {}}, sink);
+        ReadDocument(kind, {bytes, {}}, sink, members);
     } catch (const ReadError& error) {
         return error.state;
     }
@@ -476,20 +477,20 @@ ReadState StateOf(ReadFunction read, const std::string& bytes) {
 }
 
 TEST(OfficeReaders, PasswordsAreTold) {
-    EXPECT_EQ(StateOf(ReadDocx, LoadOffice("test-protected.docx")), ReadState::Encrypted);
-    EXPECT_EQ(StateOf(ReadXlsx, LoadOffice("encryptSHA512.xlsx")), ReadState::Encrypted);
+    EXPECT_EQ(StateOf(Kind::Docx, LoadOffice("test-protected.docx")), ReadState::Encrypted);
+    EXPECT_EQ(StateOf(Kind::Xlsx, LoadOffice("encryptSHA512.xlsx")), ReadState::Encrypted);
     Parts odt = OdfParts("<office:text/>");
     odt.emplace_back("META-INF/manifest.xml",
                      "<m:manifest xmlns:m='m'><m:file-entry "
                      "m:full-path='content.xml'><m:encryption-data/></m:file-entry></m:manifest>");
-    EXPECT_EQ(StateOf(ReadOpenDocument, MakeZip(odt)), ReadState::Encrypted);
+    EXPECT_EQ(StateOf(Kind::OpenDocument, MakeZip(odt)), ReadState::Encrypted);
     Parts book = BookParts();
     book.emplace_back("META-INF/encryption.xml",
                       "<encryption><CipherReference URI='OEBPS/font.otf'/></encryption>");
-    EXPECT_EQ(StateOf(ReadEpub, MakeZip(book)), ReadState::Read) << "a scrambled font";
+    EXPECT_EQ(StateOf(Kind::Epub, MakeZip(book)), ReadState::Read) << "a scrambled font";
     book.back().second = "<encryption><CipherReference URI='OEBPS/two.xhtml'/><CipherReference "
                          "URI='OEBPS/one%20a.xhtml'/></encryption>";
-    EXPECT_EQ(StateOf(ReadEpub, MakeZip(book)), ReadState::Encrypted);
+    EXPECT_EQ(StateOf(Kind::Epub, MakeZip(book)), ReadState::Encrypted);
 }
 
 TEST(OfficeReaders, DamageCostsOnlyWhatIsDamaged) {
@@ -516,9 +517,10 @@ TEST(OfficeReaders, DamageCostsOnlyWhatIsDamaged) {
     EXPECT_EQ(sink.problems[0], "the end of the file is missing");
     EXPECT_EQ(sink.problems[1], "word/document.xml is damaged");
 
-    for (const auto read : {ReadDocx, ReadXlsx, ReadPptx, ReadOpenDocument, ReadEpub}) {
-        EXPECT_EQ(StateOf(read, MakeZip({{"other.txt", "x"}})), ReadState::Damaged);
-        EXPECT_EQ(StateOf(read, "PK\3\4 no zip at all"), ReadState::Damaged);
+    for (const Kind kind :
+         {Kind::Docx, Kind::Xlsx, Kind::Xlsb, Kind::Pptx, Kind::OpenDocument, Kind::Epub}) {
+        EXPECT_EQ(StateOf(kind, MakeZip({{"other.txt", "x"}})), ReadState::Damaged);
+        EXPECT_EQ(StateOf(kind, "PK\3\4 no zip at all"), ReadState::Damaged);
     }
 }
 

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "engine/readers/Reader.h"
+#include "tests/engine/readers/MemberRecorder.h"
 #include "tests/engine/readers/RecordingSink.h"
 
 #include <archive.h>
@@ -54,6 +55,18 @@ inline std::string LoadOffice(const std::string& name) {
 }
 
 using ReadFunction = void (*)(const Source&, DocumentSink&);
+using ReadOfficeFunction = void (*)(const Source&, DocumentSink&, MemberSink&);
+
+inline RecordingSink ReadWith(ReadOfficeFunction read, const std::string& bytes,
+                              bool pictures = false, MemberRecorder* embedded = nullptr) {
+    RecordingSink sink;
+    MemberRecorder members;
+    sink.wantsPictures = pictures;
+    read(Source{bytes, {}}, sink, embedded == nullptr ? members : *embedded);
+    if (!sink.Whole())
+        throw std::runtime_error("blocks are not well nested: " + sink.text);
+    return sink;
+}
 
 inline RecordingSink ReadWith(ReadFunction read, const std::string& bytes, bool pictures = false) {
     RecordingSink sink;
