@@ -4,7 +4,9 @@
 
 #include "engine/IndexJob.h"
 #include "engine/html/PageRequest.h"
+#include "engine/index/DamageNote.h"
 #include "engine/index/IndexRun.h"
+#include "engine/index/Paths.h"
 #include "engine/index/StoredText.h"
 #include "engine/readers/ReadRequest.h"
 #include "platform/LogicalPath.h"
@@ -186,6 +188,8 @@ ConvertedPage FileConverter::Execute() const {
     const auto fail = [&](IndexFault fault, const char* words) {
         page.fault = fault;
         page.faultText = QString::fromUtf8(words);
+        if (fault == IndexFault::Damaged)
+            NoteDamage(IndexFileOf(IndexPath));
     };
     try {
         return Convert(*this);

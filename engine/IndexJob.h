@@ -40,6 +40,13 @@ struct IndexReport {
     std::uint64_t added = 0, changed = 0, removed = 0, unchanged = 0; // files
     std::uint64_t documents = 0; // written in this run, members of containers included
     std::vector<Problem> problems; // of this run
+    // Machine path where a damaged index was set aside; a new one stands in its place. It holds what
+    // the job adds and, as far as that could be found out, the files that the damaged one knew.
+    // Empty: nothing of the kind has happened.
+    QString damagedKept;
+    // Since a damaged index was replaced, in this run or an earlier one: what else it held could not
+    // be found out. Ends with a run over the whole archive.
+    bool otherFoldersMissing = false;
     // Set when the job could not go on; what was committed before stays.
     std::optional<IndexFault> fault;
     QString faultText; // the system's words
@@ -51,11 +58,16 @@ struct IndexJob {
     QString IndexName;         // for people; not used to find the index
     bool ActionCreate = false; // a new index in place of the old one
     bool ActionAdd = true;
+    // Files that could not be read, or only in part, or that hold a document of which that is true
+    // are read again, though unchanged; they count as changed. Without it they are tried again
+    // only when they change, or by a program whose readers can do more.
+    bool ActionRetry = false;
     bool ActionCompress = false;
     bool ActionRemoveDeleted = false; // documents whose files are gone leave the index
     bool ActionRemoveListed = false;
     QString ToAddFileListName; // text file, UTF-8: a path a line, "<+>" behind a folder
     QString ToRemoveListName;  // text file, UTF-8: a path a line
+    bool WholeArchive = false; // the add list names everything that the index is to hold
     QStringList ToRemoveFolders; // every document below leaves, whether its file is there or not
     QString IncludeFilters = QStringLiteral("*");
     QString ExcludeFilters;
@@ -63,16 +75,15 @@ struct IndexJob {
     QString WorkerProgram;     // machine path of velmora-worker; empty: DefaultWorkerProgram
     int Workers = 0;           // 0: as many as there are cores
     int TimeLimit = 120;       // seconds that reading one file may take
+    // A commit follows when that much has gathered: what a kill can cost at most.
+    std::uint64_t CommitText = std::uint64_t{64} << 20; // bytes of text
+    int CommitTime = 20;                                // seconds
     engine::StatusHandler* StatusHandler = nullptr; // may be null
 
-    // Runs to the end on threads of its own while this one tells the handler. Never throws.
+    // Runs to the end on threads of its own while this one tells the handler. An index that turns
+    // out to be damaged is replaced on the way. Never throws.
     [[nodiscard]] IndexReport Execute() const;
 };
-
-// What stands in the index as not or only partly readable, below a folder (logical path; empty:
-// everything), in the order of names. Throws IndexError.
-[[nodiscard]] std::vector<Problem> ListProblems(const QString& indexPath, const QString& alphabetFile,
-                                                const QString& folder = {});
 
 // Machine path of the worker program: beside the running executable, or where it is installed.
 [[nodiscard]] QString DefaultWorkerProgram();

@@ -2,7 +2,9 @@
 // SPDX-License-Identifier: AGPL-3.0-or-later
 #include "engine/SearchJob.h"
 
+#include "engine/index/DamageNote.h"
 #include "engine/index/IndexRun.h"
+#include "engine/index/Paths.h"
 #include "engine/query/SearchRun.h"
 #include "engine/query/ThesaurusFiles.h"
 #include "platform/LogicalPath.h"
@@ -91,6 +93,8 @@ SearchResults SearchJob::Execute() const {
         results.items.clear();
         results.fault = fault;
         results.faultText = QString::fromUtf8(words);
+        if (fault == IndexFault::Damaged)
+            NoteDamage(IndexFileOf(IndexPath));
     };
     try {
         Search(*this, results);

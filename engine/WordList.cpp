@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: AGPL-3.0-or-later
 #include "engine/WordList.h"
 
+#include "engine/index/DamageNote.h"
 #include "engine/index/IndexRun.h"
 #include "platform/LogicalPath.h"
 
@@ -40,36 +41,48 @@ bool WordListBuilder::OpenIndex(const QString& indexPath, const QString& alphabe
 }
 
 void WordListBuilder::ListWords(const QString& word, int range) {
-    m_words.clear();
-    const auto index = Open(m_file, m_alphabetFile);
-    if (!index)
-        return;
-    const std::string folded = Fold(word, m_alphabetFile);
-    sqlite::Statement before(index->Db(), "SELECT word, documents FROM term WHERE word < ?1 "
-                                          "ORDER BY word DESC LIMIT ?2");
-    before.Bind(1, folded).Bind(2, range);
-    while (before.Step())
-        m_words.push_back(Row(before));
-    std::reverse(m_words.begin(), m_words.end());
-    sqlite::Statement from(index->Db(), "SELECT word, documents FROM term WHERE word >= ?1 "
-                                        "ORDER BY word LIMIT ?2");
-    from.Bind(1, folded).Bind(2, range + 1);
-    while (from.Step())
-        m_words.push_back(Row(from));
+    Read([&](IndexFile& index) {
+        const std::string folded = Fold(word, m_alphabetFile);
+        sqlite::Statement before(index.Db(), "SELECT word, documents FROM term WHERE word < ?1 "
+                                             "ORDER BY word DESC LIMIT ?2");
+        before.Bind(1, folded).Bind(2, range);
+        while (before.Step())
+            m_words.push_back(Row(before));
+        std::reverse(m_words.begin(), m_words.end());
+        sqlite::Statement from(index.Db(), "SELECT word, documents FROM term WHERE word >= ?1 "
+                                           "ORDER BY word LIMIT ?2");
+        from.Bind(1, folded).Bind(2, range + 1);
+        while (from.Step())
+            m_words.push_back(Row(from));
+    });
 }
 
 void WordListBuilder::ListPrefix(const QString& prefix, int limit) {
+    Read([&](IndexFile& index) {
+        const std::string folded = Fold(prefix, m_alphabetFile);
+        sqlite::Statement words(index.Db(), "SELECT word, documents FROM term WHERE word >= ?1 AND "
+                                            "word < ?1 || char(1114111) "
+                                            "ORDER BY documents DESC, word LIMIT ?2");
+        words.Bind(1, folded).Bind(2, limit);
+        while (words.Step())
+            m_words.push_back(Row(words));
+    });
+}
+
+// Half a list is none.
+void WordListBuilder::Read(const std::function<void(IndexFile&)>& use) {
     m_words.clear();
     const auto index = Open(m_file, m_alphabetFile);
     if (!index)
         return;
-    const std::string folded = Fold(prefix, m_alphabetFile);
-    sqlite::Statement words(index->Db(), "SELECT word, documents FROM term WHERE word >= ?1 AND "
-                                         "word < ?1 || char(1114111) "
-                                         "ORDER BY documents DESC, word LIMIT ?2");
-    words.Bind(1, folded).Bind(2, limit);
-    while (words.Step())
-        m_words.push_back(Row(words));
+    try {
+        use(*index);
+    } catch (const sqlite::Error& error) {
+        m_words.clear();
+        if (error.Kind() == sqlite::ErrorKind::Corrupt)
+            NoteDamage(platform::EncodeName(m_file).toStdString());
+        throw Translate(error);
+    }
 }
 
 } // namespace engine

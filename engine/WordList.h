@@ -5,9 +5,12 @@
 #include <QString>
 
 #include <cstdint>
+#include <functional>
 #include <vector>
 
 namespace engine {
+
+class IndexFile;
 
 struct ListedWord {
     QString word;              // folded
@@ -19,6 +22,7 @@ class WordListBuilder {
   public:
     // Logical paths. False: there is no index, or it cannot be opened.
     [[nodiscard]] bool OpenIndex(const QString& indexPath, const QString& alphabetFile);
+    // These two throw IndexError when the index cannot be read to the end.
     // The word itself where it stands or the nearest behind it, with range words before and
     // range words after.
     void ListWords(const QString& word, int range);
@@ -28,6 +32,8 @@ class WordListBuilder {
     [[nodiscard]] const ListedWord& Word(int index) const { return m_words.at(static_cast<std::size_t>(index)); }
 
   private:
+    void Read(const std::function<void(IndexFile&)>& use);
+
     QString m_file, m_alphabetFile;
     std::vector<ListedWord> m_words;
 };

@@ -13,6 +13,8 @@ namespace {
 
 int OpenFlags(OpenMode mode) {
     switch (mode) {
+    case OpenMode::Immutable:
+        return SQLITE_OPEN_READONLY | SQLITE_OPEN_URI;
     case OpenMode::ReadOnly:
         return SQLITE_OPEN_READONLY;
     case OpenMode::ReadWrite:
@@ -35,6 +37,34 @@ const char* BeginText(Transaction::Begin begin) {
     return "BEGIN IMMEDIATE";
 }
 
+// Percent signs for all that could mean something in a URI.
+std::string ImmutableUri(const std::string& path) {
+    constexpr std::string_view kDigits = "0123456789ABCDEF";
+    // An empty host: without it two slashes at the path's beginning would name one.
+    std::string uri = path.front() == '/' ? "file://" : "file:";
+    for (const char c : path) {
+        const auto byte = static_cast<unsigned char>(c);
+        const bool plain = (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') ||
+                           (c >= '0' && c <= '9') || c == '/' || c == '.' || c == '-' || c == '_';
+        if (plain) {
+            uri += c;
+        } else {
+            uri += '%';
+            uri += kDigits[byte >> 4];
+            uri += kDigits[byte & 15];
+        }
+    }
+    return uri + "?immutable=1";
+}
+
+// Where SQLite is built to take names as URIs, "file:..." would be one.
+std::string NameFor(const std::string& path, OpenMode mode) {
+    if (mode == OpenMode::Immutable) {
+        return ImmutableUri(path);
+    }
+    return path.rfind("file:", 0) == 0 ? "./" + path : path;
+}
+
 } // namespace
 
 void Database::Closer::operator()(sqlite3* handle) const noexcept {
@@ -46,8 +76,7 @@ Database::Database(const std::string& path, const OpenOptions& options) {
         // An empty name would quietly make a temporary database.
         throw Error(SQLITE_CANTOPEN, "no usable file name");
     }
-    // Where SQLite is built to take names as URIs, "file:..." would be one.
-    const std::string name = path.rfind("file:", 0) == 0 ? "./" + path : path;
+    const std::string name = NameFor(path, options.mode);
     sqlite3* handle = nullptr;
     const int code = sqlite3_open_v2(name.c_str(), &handle, OpenFlags(options.mode), nullptr);
     m_handle.reset(handle); // even a failed opening has to be closed

@@ -18,6 +18,7 @@ enum class OpenMode {
     ReadOnly,  // the file must exist
     ReadWrite, // the file must exist; without the right to write it opens read-only (IsReadOnly)
     Create,    // made when missing
+    Immutable, // the file must exist and nobody may change it: neither locks nor other files are used
 };
 
 struct OpenOptions {

@@ -55,7 +55,8 @@ ErrorKind Error::Kind() const {
     case SQLITE_AUTH:
         return ErrorKind::CantOpen;
     case SQLITE_IOERR:
-        return ErrorKind::IoError;
+        // The shared memory of a log is a file of fixed size, made when it is needed.
+        return m_extendedCode == SQLITE_IOERR_SHMSIZE ? ErrorKind::Full : ErrorKind::IoError;
     case SQLITE_CONSTRAINT:
         return ErrorKind::Constraint;
     case SQLITE_INTERRUPT:

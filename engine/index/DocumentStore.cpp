@@ -9,8 +9,6 @@
 namespace engine {
 namespace {
 
-constexpr std::uint64_t kCommitText = std::uint64_t{64} << 20;
-constexpr auto kCommitTime = std::chrono::seconds(20);
 constexpr std::size_t kCommitTerms = 400'000; // bounds the memory of the gathered counts
 
 // The words of a document that is put in. Its compressed text is kept until they are through,
@@ -74,8 +72,8 @@ sqlite::Statement Often(IndexFile& index, std::string_view sql) {
 
 } // namespace
 
-DocumentStore::DocumentStore(IndexFile& index, const Alphabet& alphabet)
-    : m_index(index), m_letters(alphabet),
+DocumentStore::DocumentStore(IndexFile& index, const Alphabet& alphabet, CommitBounds bounds)
+    : m_index(index), m_bounds(bounds), m_letters(alphabet),
       m_insertDocument(Often(index, "INSERT INTO document VALUES(?1,?2,?3,?4,?5,?6,?7,?8,?9,?10,"
                                     "?11,?12,?13,?14)")),
       m_insertWords(Often(index, "INSERT INTO words(rowid, text) VALUES(?1, 'x')")),
@@ -90,7 +88,8 @@ DocumentStore::DocumentStore(IndexFile& index, const Alphabet& alphabet)
       m_findChunks(
           Often(index, "SELECT plain, text FROM chunk WHERE id BETWEEN ?1 AND ?2 ORDER BY id")),
       m_findMembers(Often(index, "SELECT id FROM document WHERE parent = ?1 AND parent <> 0")),
-      m_touch(Often(index, "UPDATE document SET size = ?2, modified = ?3 WHERE id = ?1")) {
+      m_touch(Often(index, "UPDATE document SET size = ?2, modified = ?3 WHERE id = ?1")),
+      m_tried(Often(index, "UPDATE document SET readers = ?2 WHERE id = ?1")) {
     m_nextId =
         sqlite::QueryInt64(index.Db(), "SELECT max(id) FROM document").value_or(0) + 1;
 }
@@ -178,6 +177,11 @@ void DocumentStore::Touch(std::int64_t id, std::int64_t size, std::int64_t modif
     m_touch.Bind(1, id).Bind(2, size).Bind(3, modified).Run();
 }
 
+void DocumentStore::MarkTried(std::int64_t id, int readers) {
+    Begin();
+    m_tried.Bind(1, id).Bind(2, readers).Run();
+}
+
 void DocumentStore::MarkPartly(std::int64_t id, std::int64_t size, std::int64_t modified,
                                const std::string& reason) {
     Touch(id, size, modified);
@@ -238,8 +242,8 @@ void DocumentStore::ForgetTerms() noexcept {
 }
 
 bool DocumentStore::CommitIsDue() const {
-    return m_transaction && (m_gathered >= kCommitText || m_terms.Size() >= kCommitTerms ||
-                             std::chrono::steady_clock::now() - m_begun >= kCommitTime);
+    return m_transaction && (m_gathered >= m_bounds.text || m_terms.Size() >= kCommitTerms ||
+                             std::chrono::steady_clock::now() - m_begun >= m_bounds.time);
 }
 
 void DocumentStore::Commit() {

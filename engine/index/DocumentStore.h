@@ -41,11 +41,17 @@ class ChunkSource {
     virtual const DocumentEnd& End() = 0;
 };
 
+// How much may stand uncommitted, and so be lost with the process.
+struct CommitBounds {
+    std::uint64_t text = std::uint64_t{64} << 20; // bytes
+    std::chrono::seconds time{20};
+};
+
 // Writes within a transaction that it opens and closes by itself. Everything throws
 // sqlite::Error; the open transaction is then rolled back by Rollback.
 class DocumentStore {
   public:
-    DocumentStore(IndexFile& index, const Alphabet& alphabet);
+    DocumentStore(IndexFile& index, const Alphabet& alphabet, CommitBounds bounds);
 
     [[nodiscard]] std::int64_t NewId();
     // Writes the row with its text, words and fields.
@@ -56,7 +62,9 @@ class DocumentStore {
     void RemoveRow(std::int64_t id);
     // Changes a row's size, time and state without touching its text.
     void Touch(std::int64_t id, std::int64_t size, std::int64_t modified);
-    // The same, for a document of which only a part could be read.
+    // Remembers that these readers have nothing more to get out of a file.
+    void MarkTried(std::int64_t id, int readers);
+    // Touch, for a document of which only a part could be read.
     void MarkPartly(std::int64_t id, std::int64_t size, std::int64_t modified,
                     const std::string& reason);
 
@@ -89,6 +97,7 @@ class DocumentStore {
     bool MergeStep(bool everything);
 
     IndexFile& m_index;
+    CommitBounds m_bounds;
     Tokenizer m_letters;
     std::optional<sqlite::Transaction> m_transaction;
     std::chrono::steady_clock::time_point m_begun;
@@ -101,7 +110,7 @@ class DocumentStore {
 
     sqlite::Statement m_insertDocument, m_insertWords, m_insertField, m_insertChunk;
     sqlite::Statement m_deleteDocument, m_deleteWords, m_deleteFields, m_deleteChunks;
-    sqlite::Statement m_findKind, m_findChunks, m_findMembers, m_touch;
+    sqlite::Statement m_findKind, m_findChunks, m_findMembers, m_touch, m_tried;
 };
 
 

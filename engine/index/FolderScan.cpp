@@ -2,7 +2,6 @@
 // SPDX-License-Identifier: AGPL-3.0-or-later
 #include "engine/index/FolderScan.h"
 
-#include "engine/readers/Reader.h"
 #include "platform/Names.h"
 
 #include <algorithm>
@@ -33,15 +32,22 @@ bool IsWithin(const std::string& path, const std::string& place) {
 // The index's own files change while it is written.
 bool IsOwnFile(const std::string& name) { return name.rfind(kIndexFileName, 0) == 0; }
 
+// Newer readers may also find something in what had nothing to read.
+bool IsUnread(ReadState state, bool oldReaders) {
+    return state != ReadState::Read && (oldReaders || state != ReadState::NameOnly);
+}
+
 } // namespace
 
-FolderScan::FolderScan(IndexFile& index, const NameFilter& filter, KeepGoing keepGoing)
-    : m_index(index), m_filter(filter), m_keepGoing(std::move(keepGoing)),
+FolderScan::FolderScan(IndexFile& index, const NameFilter& filter, Retry retry, KeepGoing keepGoing)
+    : m_index(index), m_filter(filter), m_retry(retry), m_keepGoing(std::move(keepGoing)),
       m_findFolder(index.Db(), "SELECT id FROM folder WHERE path = ?1", sqlite::Use::Often),
       m_findFiles(index.Db(),
-                  "SELECT id, file, size, modified, state, readers FROM document "
+                  "SELECT id, file, size, modified, state, readers, kind FROM document "
                   "WHERE folder = ?1 AND parent = 0",
-                  sqlite::Use::Often) {
+                  sqlite::Use::Often),
+      m_findStates(index.Db(), "SELECT DISTINCT state FROM document WHERE parent = ?1 AND parent <> 0",
+                   sqlite::Use::Often) {
     sqlite::Statement places(index.Db(), "SELECT path, device FROM place");
     while (places.Step())
         m_places[std::string(places.Blob(0))] = static_cast<std::uint64_t>(places.Int64(1));
@@ -61,7 +67,8 @@ FolderScan::KnownFiles FolderScan::KnownIn(const std::string& path) {
         while (m_findFiles.Step())
             known[std::string(m_findFiles.Blob(1))] = {
                 m_findFiles.Int64(0), m_findFiles.Int64(2), m_findFiles.Int64(3),
-                m_findFiles.Int(4), m_findFiles.Int(5)};
+                static_cast<ReadState>(m_findFiles.Int(4)), m_findFiles.Int(5),
+                static_cast<Kind>(m_findFiles.Int(6))};
         m_findFiles.Reset();
     }
     m_findFolder.Reset();
@@ -124,7 +131,8 @@ void FolderScan::ScanFolder(const std::string& path, std::uint64_t parentDevice,
     for (const auto& [name, entry] : files) {
         const auto found = known.find(name);
         const Known* old = found == known.end() ? nullptr : &found->second;
-        if (m_filter.Takes(name) && !IsOwnFile(name))
+        const bool single = !m_single.empty() && m_single.count(Join(path, name)) != 0;
+        if (!single && m_filter.Takes(name) && !IsOwnFile(name))
             Compare(folder, name, *entry, old);
         if (old != nullptr)
             known.erase(found);
@@ -138,14 +146,31 @@ void FolderScan::Compare(std::uint32_t folder, const std::string& file,
                          const platform::FileStatus& status, const Known* known) {
     const bool same = known != nullptr && known->size == status.size &&
                       known->modified == status.modifiedNs;
-    // What an older reader could not read may be readable now.
-    const bool retry = known != nullptr && known->readers < kReadersVersion &&
-                       known->state != static_cast<int>(ReadState::Read);
-    if (same && !retry) {
-        ++unchanged;
-        return;
+    if (same) {
+        const bool oldReaders = known->readers < kReadersVersion;
+        if ((!oldReaders && m_retry == Retry::NewReaders) || !HoldsUnread(*known, oldReaders)) {
+            ++unchanged;
+            if (oldReaders && MayHoldOthers(known->kind))
+                nothingToGain.push_back(known->id);
+            return;
+        }
     }
-    items.push_back({folder, file, status.size, status.modifiedNs, known != nullptr ? known->id : 0});
+    // A name is all that there is of some.
+    const bool keepOld = same && known->state != ReadState::Unknown &&
+                         known->state != ReadState::NameOnly;
+    items.push_back({folder, file, status.size, status.modifiedNs,
+                     known != nullptr ? known->id : 0, keepOld});
+}
+
+bool FolderScan::HoldsUnread(const Known& known, bool oldReaders) {
+    bool unread = IsUnread(known.state, oldReaders);
+    if (unread || !MayHoldOthers(known.kind))
+        return unread;
+    m_findStates.Bind(1, known.id);
+    while (!unread && m_findStates.Step())
+        unread = IsUnread(static_cast<ReadState>(m_findStates.Int(0)), oldReaders);
+    m_findStates.Reset();
+    return unread;
 }
 
 void FolderScan::AddFile(const std::string& path) {
@@ -156,10 +181,35 @@ void FolderScan::AddFile(const std::string& path) {
         problems.push_back({path, "the file is not there"});
         return;
     }
+    if (WasScanned(folder, file))
+        return;
+    m_single.insert(path);
     const KnownFiles known = KnownIn(folder);
     const auto found = known.find(file);
     if (m_filter.Takes(file) && !IsOwnFile(file))
         Compare(FolderNumber(folder), file, *status, found == known.end() ? nullptr : &found->second);
+}
+
+bool FolderScan::WasScanned(const std::string& folder, const std::string& file) const {
+    return m_scanned.count(folder) != 0 || m_single.count(Join(folder, file)) != 0;
+}
+
+void FolderScan::Know(const Places& places) {
+    m_places.insert(places.begin(), places.end());
+}
+
+void FolderScan::AddKnown(const std::string& folder, const std::string& file) {
+    if (WasScanned(folder, file) || !m_filter.Takes(file) || IsOwnFile(file))
+        return;
+    if (const std::string* place = AwayPlaceOf(folder)) {
+        const auto told = [&](const ScanProblem& problem) { return problem.path == *place; };
+        if (std::none_of(problems.begin(), problems.end(), told))
+            problems.push_back({*place, "the folder is not there"});
+        return;
+    }
+    const auto status = platform::StatusOf(Path(Join(folder, file)));
+    if (status && status->kind == platform::EntryKind::File)
+        Compare(FolderNumber(folder), file, *status, nullptr);
 }
 
 void FolderScan::FindDeleted() {
@@ -171,7 +221,7 @@ void FolderScan::FindDeleted() {
     for (const auto& [id, path] : folders) {
         if (!m_keepGoing())
             return;
-        if (!IsAway(path))
+        if (AwayPlaceOf(path) == nullptr)
             FindDeletedIn(id, path);
     }
 }
@@ -195,11 +245,11 @@ void FolderScan::FindDeletedIn(std::int64_t folderId, const std::string& path) {
     m_findFiles.Reset();
 }
 
-bool FolderScan::IsAway(const std::string& path) {
+const std::string* FolderScan::AwayPlaceOf(const std::string& path) {
     for (const auto& [place, device] : m_places)
         if (IsWithin(path, place) && PlaceIsAway(place))
-            return true;
-    return false;
+            return &place;
+    return nullptr;
 }
 
 // A drive that is not mounted leaves an empty folder on another device, or none at all. Nobody

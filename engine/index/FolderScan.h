@@ -4,6 +4,7 @@
 
 #include "engine/index/IndexFile.h"
 #include "engine/index/NameFilter.h"
+#include "engine/readers/Reader.h"
 #include "platform/Files.h"
 
 #include <cstdint>
@@ -22,6 +23,7 @@ struct ScanItem {
     std::int64_t size = 0;
     std::int64_t modified = 0; // nanoseconds since 1970
     std::int64_t oldId = 0;    // the document it replaces, 0 for a new one
+    bool keepOld = false;      // what is known of it still holds: nothing new is no news
 };
 
 // A folder or file of the request that could not be looked at.
@@ -30,21 +32,36 @@ struct ScanProblem {
     std::string reason;
 };
 
+// Listed folders and mount points, with the device that they were last on.
+using Places = std::unordered_map<std::string, std::uint64_t>;
+
+// Which unchanged files are read again.
+enum class Retry : std::uint8_t {
+    NewReaders, // what older readers could not read, or only in part
+    Unread,     // and what these readers could not, as a person asks for it
+};
+
 class FolderScan {
   public:
     using KeepGoing = std::function<bool()>;
     // keepGoing is asked often; false ends the scan early, with what was found so far.
-    FolderScan(IndexFile& index, const NameFilter& filter, KeepGoing keepGoing);
+    FolderScan(IndexFile& index, const NameFilter& filter, Retry retry, KeepGoing keepGoing);
 
     // Looks at a folder with all below it, or at one file.
     void AddTree(const std::string& path);
     void AddFile(const std::string& path);
+    // Looks, last of all, at a file that a replaced index knew: what is gone is passed over.
+    void AddKnown(const std::string& folder, const std::string& file);
+    // Adds what a replaced index remembered of listed folders and mount points.
+    void Know(const Places& places);
     // Looks for documents whose files are gone, in the whole index. What lies under a place that
     // is not there now (a share, a drive, a listed folder) stays.
     void FindDeleted();
 
     std::vector<ScanItem> items;
     std::vector<std::int64_t> deleted;
+    // Unchanged containers of older readers that need not be asked for their members once more.
+    std::vector<std::int64_t> nothingToGain;
     std::vector<ScanProblem> problems;
     std::uint64_t unchanged = 0;
     [[nodiscard]] const std::string& FolderPath(const ScanItem& item) const {
@@ -56,7 +73,9 @@ class FolderScan {
   private:
     struct Known {
         std::int64_t id, size, modified;
-        int state, readers;
+        ReadState state;
+        int readers;
+        Kind kind;
     };
     using KnownFiles = std::unordered_map<std::string, Known>;
 
@@ -65,21 +84,25 @@ class FolderScan {
     KnownFiles KnownIn(const std::string& path);
     void Compare(std::uint32_t folder, const std::string& file, const platform::FileStatus& status,
                  const Known* known);
+    [[nodiscard]] bool HoldsUnread(const Known& known, bool oldReaders);
     void FindDeletedIn(std::int64_t folderId, const std::string& path);
-    [[nodiscard]] bool IsAway(const std::string& path);
+    [[nodiscard]] bool WasScanned(const std::string& folder, const std::string& file) const;
+    [[nodiscard]] const std::string* AwayPlaceOf(const std::string& path);
     [[nodiscard]] bool PlaceIsAway(const std::string& place);
     void NotePlace(const std::string& path, std::uint64_t device);
     std::uint32_t FolderNumber(const std::string& path);
 
     IndexFile& m_index;
     const NameFilter& m_filter;
+    Retry m_retry;
     KeepGoing m_keepGoing;
     std::vector<std::string> m_folders;
     std::unordered_set<std::string> m_scanned;
-    std::unordered_map<std::string, std::uint64_t> m_places; // path, device when it was last there
+    std::unordered_set<std::string> m_single; // listed as files, not through a folder
+    Places m_places;
     std::unordered_map<std::string, bool> m_away;
-    std::unordered_map<std::string, std::uint64_t> m_newPlaces;
-    sqlite::Statement m_findFolder, m_findFiles;
+    Places m_newPlaces;
+    sqlite::Statement m_findFolder, m_findFiles, m_findStates;
 };
 
 } // namespace engine

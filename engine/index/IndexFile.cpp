@@ -2,12 +2,12 @@
 // SPDX-License-Identifier: AGPL-3.0-or-later
 #include "engine/index/IndexFile.h"
 
+#include "engine/index/Paths.h"
 #include "engine/text/Tokenizer.h"
 #include "platform/Files.h"
 
-#include <fcntl.h>
 #include <sqlite3.h>
-#include <sys/file.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -17,7 +17,6 @@
 namespace engine {
 namespace {
 
-constexpr int kApplicationId = 0x564D4958; // "VMIX"
 constexpr int kHashMegabytes = 48;         // words gathered in memory before they go to the tree
 
 // A document is a file (parent 0) or a member of one. Its text lies in chunks whose id is the
@@ -53,6 +52,34 @@ CREATE TABLE term(word TEXT PRIMARY KEY, documents INTEGER NOT NULL) WITHOUT ROW
 CREATE VIRTUAL TABLE words USING fts5(text, content='', columnsize=0, tokenize='velmora_feed');
 )";
 
+constexpr qint64 kRoomForLocks = 1 << 16; // bytes, of the shared memory beside the file
+
+bool IsForLackOfLocks(const sqlite::Error& error) {
+    switch (error.Kind()) {
+    case sqlite::ErrorKind::CantOpen:
+    case sqlite::ErrorKind::ReadOnly:
+    case sqlite::ErrorKind::Full:
+        return true;
+    default:
+        return error.ExtendedCode() == SQLITE_IOERR_SHMOPEN ||
+               error.ExtendedCode() == SQLITE_IOERR_SHMMAP;
+    }
+}
+
+bool IsThere(const std::string& path) {
+    struct stat info {};
+    return stat(path.c_str(), &info) == 0 ? info.st_size > 0 : errno != ENOENT;
+}
+
+// The folder of an index that has no log, without the right or the room to put anything there.
+bool HasNoRoom(const std::string& path) {
+    if (IsThere(path + "-wal") || IsThere(path + "-journal"))
+        return false;
+    const std::string folder = path.substr(0, path.find_last_of('/') + 1);
+    return access(folder.c_str(), W_OK) != 0 ||
+           platform::FreeSpace(PathText(folder)) < kRoomForLocks;
+}
+
 } // namespace
 
 IndexError Translate(const sqlite::Error& error) {
@@ -75,37 +102,64 @@ IndexError Translate(const sqlite::Error& error) {
 }
 
 IndexFile::IndexFile(const std::string& path, IndexMode mode, const std::string& alphabet) {
-    if (mode == IndexMode::Search && access(path.c_str(), F_OK) != 0)
-        throw IndexError(errno == ENOENT ? IndexFault::Missing : IndexFault::NoRights,
-                         std::strerror(errno));
+    const int reason = access(path.c_str(), F_OK) == 0 ? 0 : errno;
+    if (mode == IndexMode::Search && reason != 0)
+        throw IndexError(reason == ENOENT ? IndexFault::Missing : IndexFault::NoRights,
+                         std::strerror(reason));
     try {
-        Open(path, mode);
-        if (mode == IndexMode::Update && m_database.ReadPragmaInt("application_id") == 0)
+        try {
+            Open(path, mode);
+        } catch (const sqlite::Error& error) {
+            if (mode == IndexMode::Update || !IsForLackOfLocks(error) || !HasNoRoom(path))
+                throw;
+            OpenUnguarded(path);
+        }
+        const bool network = platform::IsNetworkFileSystem(PathText(path));
+        Configure(mode, network);
+        if (mode == IndexMode::Update && reason == ENOENT)
             CreateTables(alphabet);
         Check(alphabet);
+        if (mode == IndexMode::Update)
+            PrepareWriting(network);
     } catch (const sqlite::Error& error) {
         throw Translate(error);
     }
 }
 
+// Reads enough to know that it can be read.
 void IndexFile::Open(const std::string& path, IndexMode mode) {
     sqlite::OpenOptions options;
     options.mode = mode == IndexMode::Update ? sqlite::OpenMode::Create : sqlite::OpenMode::ReadWrite;
     options.busyTimeout = std::chrono::seconds(10);
     m_database = sqlite::Database(path, options);
-    m_feed = std::make_unique<Feed>(m_database);
     // The larger page pays: long lists of places stand in few of them.
     if (mode == IndexMode::Update)
         m_database.SetPragma("page_size", "8192");
-    // Mapped pages would count as this program's memory while it writes.
-    m_database.SetPragma("mmap_size", mode == IndexMode::Search ? "1073741824" : "0");
+    (void)m_database.ReadPragmaInt("schema_version");
+}
+
+// Without room for the database's locks a search can still be had: nothing can be written there by
+// this user, and who else may write has to wait.
+void IndexFile::OpenUnguarded(const std::string& path) {
+    m_hold = std::make_unique<ReaderHold>(path);
+    if (!m_hold->Holds())
+        throw IndexError(IndexFault::Busy, "the index is being written");
+    m_database = sqlite::Database(path, {sqlite::OpenMode::Immutable, {}});
+}
+
+void IndexFile::Configure(IndexMode mode, bool network) {
+    m_feed = std::make_unique<Feed>(m_database);
+    // Mapped pages would count as this program's memory while it writes; where the file can go away
+    // with its server, touching them would end the program.
+    m_database.SetPragma("mmap_size",
+                         mode == IndexMode::Search && !network ? "1073741824" : "0");
     m_database.SetPragma("cache_size", mode == IndexMode::Search ? "-32768" : "-65536");
     m_database.SetPragma("temp_store", "MEMORY");
-    if (mode == IndexMode::Search)
-        return;
-    // A log beside the file lets people search while it is written, but needs shared memory,
-    // which a network file system does not give.
-    const bool network = platform::IsNetworkFileSystem(QString::fromStdString(path));
+}
+
+// A log beside the file lets people search while it is written, but needs shared memory, which a
+// network file system does not give.
+void IndexFile::PrepareWriting(bool network) {
     m_database.SetPragma("journal_mode", network ? "TRUNCATE" : "WAL");
     m_database.SetPragma("synchronous", network ? "FULL" : "NORMAL");
     m_database.SetPragma("journal_size_limit", "67108864");
@@ -145,21 +199,5 @@ void IndexFile::SetMeta(const std::string& name, const std::string& value) {
     sqlite::Statement set(m_database, "INSERT OR REPLACE INTO meta VALUES(?1, ?2)");
     set.Bind(1, name).Bind(2, value).Run();
 }
-
-WriterLock::WriterLock(const std::string& indexPath) {
-    const std::string path = indexPath + ".lock";
-    m_file = open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0666);
-    if (m_file < 0)
-        throw IndexError(errno == ENOSPC ? IndexFault::DiskFull : IndexFault::NoRights,
-                         path + ": " + std::strerror(errno));
-    if (flock(m_file, LOCK_EX | LOCK_NB) == 0)
-        return;
-    const int reason = errno;
-    close(m_file);
-    throw IndexError(reason == EWOULDBLOCK ? IndexFault::Busy : IndexFault::Other,
-                     std::strerror(reason));
-}
-
-WriterLock::~WriterLock() { close(m_file); }
 
 } // namespace engine

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "engine/index/Feed.h"
+#include "engine/index/IndexLock.h"
 #include "sqlite/Database.h"
 #include "sqlite/Statement.h"
 
@@ -38,6 +39,7 @@ class IndexError : public std::runtime_error {
 
 inline constexpr const char* kIndexFileName = "index_a.ix";
 inline constexpr int kIndexVersion = 1; // of the tables
+inline constexpr int kApplicationId = 0x564D4958; // "VMIX": marks the file as an index
 
 enum class IndexMode : std::uint8_t {
     Search, // the index must exist; nothing is written
@@ -48,7 +50,8 @@ enum class IndexMode : std::uint8_t {
 class IndexFile {
   public:
     // path: machine path of the index file. alphabet: canonical form of the alphabet in use.
-    // Search neither creates nor writes. Throws IndexError.
+    // Search neither creates nor writes; a file that is no index stays as it is in either mode.
+    // Throws IndexError.
     IndexFile(const std::string& path, IndexMode mode, const std::string& alphabet);
     IndexFile(const IndexFile&) = delete;
     IndexFile& operator=(const IndexFile&) = delete;
@@ -60,24 +63,15 @@ class IndexFile {
 
   private:
     void Open(const std::string& path, IndexMode mode);
+    void OpenUnguarded(const std::string& path);
+    void Configure(IndexMode mode, bool network);
+    void PrepareWriting(bool network);
     void CreateTables(const std::string& alphabet);
     void Check(const std::string& alphabet);
 
+    std::unique_ptr<ReaderHold> m_hold; // only without the database's own locks
     sqlite::Database m_database;
     std::unique_ptr<Feed> m_feed;
-};
-
-// The right to write the index, held through a lock file beside it until destroyed.
-class WriterLock {
-  public:
-    // Throws IndexError Busy when another one holds it, NoRights when it cannot be made.
-    explicit WriterLock(const std::string& indexPath);
-    ~WriterLock();
-    WriterLock(const WriterLock&) = delete;
-    WriterLock& operator=(const WriterLock&) = delete;
-
-  private:
-    int m_file = -1;
 };
 
 } // namespace engine

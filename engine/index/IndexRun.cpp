@@ -3,13 +3,13 @@
 #include "engine/index/IndexRun.h"
 
 #include "engine/index/ChunkSources.h"
+#include "engine/index/DamageNote.h"
+#include "engine/index/Paths.h"
 #include "engine/index/ReadTask.h"
 #include "engine/readers/ReadRequest.h"
 #include "engine/readers/Reader.h"
 #include "platform/LogicalPath.h"
 #include "workers/Pool.h"
-
-#include <sqlite3.h>
 
 #include <algorithm>
 #include <thread>
@@ -19,26 +19,6 @@ namespace engine {
 namespace {
 
 constexpr std::size_t kWorkerMemory = std::size_t{1} << 30;
-
-QString PathText(const std::string& bytes) {
-    return platform::DecodeName(QByteArray::fromStdString(bytes));
-}
-
-std::string PathBytes(const QString& logical) {
-    return platform::EncodeName(platform::ToMachine(logical)).toStdString();
-}
-
-// The logical name in capitals as the index keeps it: the marks that part container and member
-// are reserved.
-std::string IndexName(const QString& machinePath) {
-    QString name = platform::Capitals(platform::ToLogical(machinePath));
-    name.replace(QLatin1Char('>'), QChar(0xF03E)).replace(QLatin1Char('|'), QChar(0xF07C));
-    return name.toStdString();
-}
-
-QString MemberText(const std::string& path) {
-    return QString::fromStdString(path).replace(QLatin1Char('\\'), QLatin1Char('/'));
-}
 
 std::string Words(workers::Ending ending, const std::string& message) {
     switch (ending) {
@@ -98,73 +78,52 @@ void IndexRun::Run() {
                          (folder + QStringLiteral(": ") + error.text).toStdString());
     const std::string file =
         platform::EncodeName(folder + QLatin1Char('/')).toStdString() + kIndexFileName;
-    const WriterLock lock(file);
+    m_lock.emplace(file);
+    const std::string cutShort = CutShort(file);
+    m_fresh.emplace(file);
     const bool exists = platform::Exists(PathText(file));
     if (m_job.ActionCreate && exists)
-        RebuildInto(file);
-    else
-        RunInto(file, !exists);
-}
-
-// The new index grows beside the old one and is then copied over it by the database itself, which
-// keeps those out who are searching: at any moment one whole index is there.
-void IndexRun::RebuildInto(const std::string& indexFile) {
-    const std::string fresh = indexFile + ".new";
-    const auto removeFresh = [&] {
-        for (const char* suffix : {"", "-wal", "-shm", "-journal"})
-            (void)platform::RemoveFile(PathText(fresh + suffix));
-    };
-    removeFresh();
-    RunInto(fresh, true);
-    if (m_report.aborted) {
-        m_store.reset();
-        m_index.reset();
-        removeFresh();
-        return;
+        return Rebuild(file, !cutShort.empty());
+    if (!cutShort.empty())
+        return Mend(file, cutShort);
+    if (!exists) {
+        Create();
+        return RunInto(file, true);
     }
-    {
-        sqlite::Database target;
-        try {
-            target = sqlite::Database(indexFile, {sqlite::OpenMode::Create, std::chrono::seconds(30)});
-            (void)target.ReadPragmaInt("schema_version");
-        } catch (const sqlite::Error& error) {
-            if (error.Kind() != sqlite::ErrorKind::Corrupt)
-                throw;
-            // What stands there is no index any more.
-            target = {};
-            for (const char* suffix : {"", "-wal", "-shm", "-journal"})
-                (void)platform::RemoveFile(PathText(indexFile + suffix));
-            target = sqlite::Database(indexFile, {sqlite::OpenMode::Create, std::chrono::seconds(30)});
-        }
-        sqlite3_backup* backup =
-            sqlite3_backup_init(target.Handle(), "main", m_index->Db().Handle(), "main");
-        if (backup == nullptr)
-            throw sqlite::Error::Last(target.Handle(), SQLITE_ERROR);
-        sqlite3_backup_step(backup, -1);
-        if (const int rc = sqlite3_backup_finish(backup); rc != SQLITE_OK)
-            throw sqlite::Error::Last(target.Handle(), rc);
+    if (IsDamageNoted(file) && !IsStillWhole(file))
+        return Mend(file, file);
+    try {
+        return RunInto(file, false);
+    } catch (const IndexError& error) {
+        if (error.fault != IndexFault::Damaged)
+            throw;
+    } catch (const sqlite::Error& error) {
+        if (Translate(error).fault != IndexFault::Damaged)
+            throw;
     }
-    m_store.reset();
-    m_index.reset();
-    removeFresh();
+    Mend(file, file);
 }
 
 void IndexRun::RunInto(const std::string& indexFile, bool created) {
     if (created)
         m_progress.SetStep(2);
     m_index = std::make_unique<IndexFile>(indexFile, IndexMode::Update, m_alphabet.Canonical());
-    m_store = std::make_unique<DocumentStore>(*m_index, m_alphabet);
+    m_store = std::make_unique<DocumentStore>(
+        *m_index, m_alphabet,
+        CommitBounds{m_job.CommitText, std::chrono::seconds(m_job.CommitTime)});
     try {
-        if (m_job.ActionRemoveListed && !m_job.ToRemoveListName.isEmpty())
-            RemoveListed();
+        RemoveListed();
         for (const QString& folder : m_job.ToRemoveFolders)
             RemoveFolder(folder);
         m_progress.SetStep(3);
         const NameFilter filter(m_job.IncludeFilters.toStdString(), m_job.ExcludeFilters.toStdString());
-        FolderScan scan(*m_index, filter, [this] { return !m_progress.Aborted(); });
+        FolderScan scan(*m_index, filter, m_job.ActionRetry ? Retry::Unread : Retry::NewReaders,
+                        [this] { return !m_progress.Aborted(); });
         m_scan = &scan;
         if (m_job.ActionAdd && !m_job.ToAddFileListName.isEmpty())
             ReadAddList(scan);
+        if (m_damaged)
+            AddKnownFiles(scan);
         if (m_job.ActionRemoveDeleted && !created)
             scan.FindDeleted();
         if (m_job.ActionRemoveDeleted && !m_progress.Aborted()) {
@@ -178,6 +137,10 @@ void IndexRun::RunInto(const std::string& indexFile, bool created) {
             m_report.problems.push_back(
                 {PathText(problem.path), ReadState::Failed, QString::fromStdString(problem.reason)});
         m_report.unchanged = scan.unchanged;
+        for (const std::int64_t id : scan.nothingToGain) {
+            m_store->MarkTried(id, kReadersVersion);
+            m_store->CommitIfDue();
+        }
         ReadFiles(scan);
         scan.StorePlaces();
         m_store->Commit();
@@ -187,6 +150,7 @@ void IndexRun::RunInto(const std::string& indexFile, bool created) {
         throw;
     }
     m_report.aborted = m_progress.Aborted();
+    TellWhatIsMissing();
     m_progress.SetPercent(100);
     m_progress.SetStep(8);
 }
@@ -214,21 +178,30 @@ void IndexRun::ReadAddList(FolderScan& scan) const {
     }
 }
 
-void IndexRun::RemoveListed() {
-    const platform::FileContent list = platform::ReadFile(platform::ToMachine(m_job.ToRemoveListName));
+QStringList ReadRemoveList(const IndexJob& job) {
+    if (!job.ActionRemoveListed || job.ToRemoveListName.isEmpty())
+        return {};
+    const platform::FileContent list = platform::ReadFile(platform::ToMachine(job.ToRemoveListName));
     if (!list.error.Ok())
         throw IndexError(IndexFault::Other, list.error.text.toStdString());
-    sqlite::Statement find(m_index->Db(), "SELECT id FROM document WHERE name = ?1 AND parent = 0",
-                           sqlite::Use::Often);
+    QStringList names;
     for (QString line : QString::fromUtf8(list.bytes).split(QLatin1Char('\n'))) {
         if (line.endsWith(QLatin1Char('\r')))
             line.chop(1);
-        if (line.isEmpty() || m_progress.Aborted())
-            continue;
-        line = platform::Capitals(line);
-        line.replace(QLatin1Char('>'), QChar(0xF03E)).replace(QLatin1Char('|'), QChar(0xF07C));
+        if (!line.isEmpty())
+            names << WithoutMarks(platform::Capitals(line));
+    }
+    return names;
+}
+
+void IndexRun::RemoveListed() {
+    sqlite::Statement find(m_index->Db(), "SELECT id FROM document WHERE name = ?1 AND parent = 0",
+                           sqlite::Use::Often);
+    for (const QString& name : ReadRemoveList(m_job)) {
+        if (m_progress.Aborted())
+            return;
         std::vector<std::int64_t> ids;
-        find.Bind(1, line.toStdString());
+        find.Bind(1, name.toStdString());
         while (find.Step())
             ids.push_back(find.Int64(0));
         find.Reset();
@@ -241,12 +214,11 @@ void IndexRun::RemoveListed() {
 }
 
 void IndexRun::RemoveFolder(const QString& folder) {
-    const std::string prefix = platform::Capitals(platform::WithBackslash(folder)).toStdString();
+    const std::string below = NamesBelow(folder);
     std::vector<std::int64_t> ids;
     sqlite::Statement find(m_index->Db(),
                            "SELECT id FROM document WHERE name >= ?1 AND name < ?2 AND parent = 0");
-    // "]" follows "\" in the order of bytes: the range holds what begins with the prefix.
-    find.Bind(1, prefix).Bind(2, prefix.substr(0, prefix.size() - 1) + "]");
+    find.Bind(1, below).Bind(2, BehindNames(below));
     while (find.Step())
         ids.push_back(find.Int64(0));
     find.Reset();
@@ -356,9 +328,8 @@ DocumentRow IndexRun::Row(const ScanItem& item, const DocumentHead& head, std::i
     row.folder = m_store->FolderId(folder);
     row.file = item.file;
     row.path = head.path;
-    QString file = platform::ToLogical(QLatin1Char('/') + PathText(item.file)).mid(1);
-    file.replace(QLatin1Char('>'), QChar(0xF03E)).replace(QLatin1Char('|'), QChar(0xF07C));
-    row.name = m_folderName + platform::Capitals(file).toStdString() +
+    const QString file = platform::ToLogical(QLatin1Char('/') + PathText(item.file)).mid(1);
+    row.name = m_folderName + platform::Capitals(WithoutMarks(file)).toStdString() +
                platform::Capitals(QString::fromStdString(head.path)).toStdString();
     row.display = head.path.empty() ? PathText(item.file).toStdString() : head.display;
     row.kind = head.kind;
@@ -414,8 +385,12 @@ void IndexRun::FinishFile(const FinishedFile& file) {
         return;
     }
     const std::string reason = Words(file.ending, file.message);
-    if (file.ending == workers::Ending::CannotOpen && item.oldId != 0 && state.id == 0) {
-        // What was readable before is not thrown away because it is locked today.
+    const bool locked = file.ending == workers::Ending::CannotOpen;
+    if ((locked || item.keepOld) && item.oldId != 0 && state.id == 0) {
+        // What was readable before is not thrown away because it is locked today, or because
+        // reading it once more comes to nothing.
+        if (!locked)
+            m_store->MarkTried(item.oldId, kReadersVersion);
         Report(item, {}, ReadState::Failed, reason);
         return;
     }

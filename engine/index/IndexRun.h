@@ -3,10 +3,12 @@
 #pragma once
 
 #include "engine/IndexJob.h"
+#include "engine/index/DamagedIndex.h"
 #include "engine/index/DocumentStore.h"
 #include "engine/index/FolderScan.h"
 #include "engine/index/Progress.h"
 #include "engine/index/ReadQueue.h"
+#include "engine/index/Replacement.h"
 
 #include <memory>
 #include <string>
@@ -30,7 +32,14 @@ class IndexRun {
     };
 
     void RunInto(const std::string& indexFile, bool created);
-    void RebuildInto(const std::string& indexFile);
+    // Making an index anew: IndexRunAnew.cpp.
+    void Create();
+    void Rebuild(const std::string& indexFile, bool damaged);
+    void Mend(const std::string& indexFile, const std::string& damaged);
+    [[nodiscard]] bool IsStillWhole(const std::string& indexFile) const;
+    void SettleAndClose();
+    void AddKnownFiles(FolderScan& scan);
+    void TellWhatIsMissing();
     void ReadAddList(FolderScan& scan) const;
     void RemoveListed();
     void RemoveFolder(const QString& folder);
@@ -52,13 +61,21 @@ class IndexRun {
     IndexReport& m_report;
     Alphabet m_alphabet;
     std::string m_alphabetText;
+    // In this order: what is open is closed before it is removed, and all of that under the lock.
+    std::optional<WriterLock> m_lock;
+    std::optional<Replacement> m_fresh; // used where an index is made anew
     std::unique_ptr<IndexFile> m_index;
     std::unique_ptr<DocumentStore> m_store;
+    std::unique_ptr<DamagedIndex> m_damaged; // that is being replaced, until it has told what it knows
     FolderScan* m_scan = nullptr;
     std::vector<FileState> m_files; // by item
     std::string m_folderName;       // logical name in capitals of m_folderPath
     std::string m_folderPath;
 };
+
+// Logical names, in capitals and as the index spells them, of the files that the job takes out by
+// its list. Throws IndexError.
+[[nodiscard]] QStringList ReadRemoveList(const IndexJob& job);
 
 // Content of the alphabet file at a logical path; empty when there is none.
 // Throws IndexError when it cannot be read.

@@ -14,6 +14,8 @@ namespace {
 
 constexpr std::int64_t kStructureId = 10;
 constexpr int kSegmentShift = 37; // a page's id: its segment above this bit, its number below
+constexpr std::int64_t kLargestSegment = 0xFFFF;
+constexpr std::int64_t kLargestPage = 0x7FFFFFFF;
 constexpr std::size_t kPageHead = 4;
 constexpr char kMainIndex = '0'; // stands before every word of the table's main index
 
@@ -116,6 +118,12 @@ void PostingIndex::ReadStructure(std::string_view record) {
     if (record.size() < kCookie || record[0] == '\xFF') // other formats mark themselves so
         Corrupt();
     Reader reader(record, kCookie);
+    const auto number = [&reader](std::int64_t largest) {
+        const std::uint64_t value = reader.Number();
+        if (value > static_cast<std::uint64_t>(largest))
+            Corrupt();
+        return static_cast<std::int64_t>(value);
+    };
     const std::size_t levels = reader.Size();
     (void)reader.Number(); // segments altogether
     (void)reader.Number(); // pages written ever
@@ -125,9 +133,9 @@ void PostingIndex::ReadStructure(std::string_view record) {
         (void)reader.Number(); // how many are being merged
         std::vector<Segment> segments(reader.Size());
         for (Segment& segment : segments) {
-            segment.id = static_cast<std::int64_t>(reader.Number());
-            segment.first = static_cast<std::int64_t>(reader.Number());
-            segment.last = static_cast<std::int64_t>(reader.Number());
+            segment.id = number(kLargestSegment);
+            segment.first = number(kLargestPage);
+            segment.last = number(kLargestPage);
         }
         // Levels come with the newest first, the segments of one with the oldest first.
         std::reverse(segments.begin(), segments.end());
