@@ -28,9 +28,10 @@ constexpr std::array kFile{"FILE"};
 constexpr std::array kPrefix{"PREFIX"};
 
 constexpr std::array kIndexOptions{
-    OptionSpec{"--rebuild", 0, false},  OptionSpec{"--mail", 0, false},
-    OptionSpec{"--problems", 0, false}, OptionSpec{"--json", 0, false},
-    OptionSpec{"--quiet", 'q', false},  OptionSpec{"--verbose", 'v', false},
+    OptionSpec{"--rebuild", 0, false}, OptionSpec{"--retry", 0, false},
+    OptionSpec{"--mail", 0, false},    OptionSpec{"--problems", 0, false},
+    OptionSpec{"--counts", 0, false},  OptionSpec{"--json", 0, false},
+    OptionSpec{"--quiet", 'q', false}, OptionSpec{"--verbose", 'v', false},
 };
 constexpr std::array kSearchOptions{
     OptionSpec{"--folder", 0, true},    OptionSpec{"--exclude-mail", 0, false},

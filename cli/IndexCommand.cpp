@@ -1,10 +1,9 @@
-// velmora index: brings the index up to date, or lists what it could not read.
+// velmora index: brings the index up to date, or tells of the documents in it.
 // SPDX-License-Identifier: AGPL-3.0-or-later
 #include "cli/Commands.h"
 #include "cli/Ending.h"
-#include "cli/IndexFaults.h"
 #include "cli/IndexProgress.h"
-#include "cli/Json.h"
+#include "cli/LedgerReport.h"
 #include "cli/MessageIds.h"
 #include "cli/Session.h"
 #include "core/Messages.h"
@@ -12,62 +11,12 @@
 #include "indexing/MessageIds.h"
 #include "indexing/UpdateLists.h"
 #include "platform/LogicalPath.h"
-#include "platform/Names.h"
-#include "search/TextQuery.h"
 
 using namespace Qt::StringLiterals;
 
 namespace velmora {
 
 namespace {
-
-QString StateName(engine::ReadState state) {
-    switch (state) {
-    case engine::ReadState::Read:
-        return u"read"_s;
-    case engine::ReadState::Partly:
-        return u"partly"_s;
-    case engine::ReadState::Encrypted:
-        return u"encrypted"_s;
-    case engine::ReadState::Damaged:
-        return u"damaged"_s;
-    case engine::ReadState::Unknown:
-        return u"unknown"_s;
-    case engine::ReadState::NameOnly:
-        return u"name-only"_s;
-    case engine::ReadState::Failed:
-        break;
-    }
-    return u"failed"_s;
-}
-
-std::vector<engine::Problem> ProblemsOf(const QString& folder) {
-    try {
-        return engine::ListProblems(IndexFolder(), AlphabetFile(), folder);
-    } catch (const engine::IndexError& error) {
-        throw EndingOf(error);
-    }
-}
-
-int PrintProblems(const Arguments& arguments, Output& output) {
-    if (arguments.Operands().size() > 1) {
-        throw UsageError{kArgumentExtra, {platform::DecodeName(arguments.Operands()[1])}};
-    }
-    const QString folder =
-        arguments.Operands().isEmpty() ? QString() : LogicalPathOf(arguments.Operands().front());
-    OpenArchive(arguments);
-    const std::vector<engine::Problem> problems = ProblemsOf(folder);
-    for (const engine::Problem& problem : problems) {
-        if (arguments.Has("--json")) {
-            output.Utf8(JsonLine({{u"file"_s, problem.file},
-                                  {u"state"_s, StateName(problem.state)},
-                                  {u"reason"_s, problem.reason}}));
-        } else {
-            output.Line(ProblemText(problem));
-        }
-    }
-    return problems.empty() ? kDone : kIncomplete;
-}
 
 // The paths that a partial update reads; `code` becomes kIncomplete when one of them cannot go
 // into the list.
@@ -120,21 +69,29 @@ int CodeOf(const UpdateMembers& members) {
     if (report.aborted) {
         return kUnusable; // before it began, for a reason that has been told
     }
-    return report.problems.empty() ? kDone : kIncomplete;
+    return report.problems.empty() && !report.otherFoldersMissing ? kDone : kIncomplete;
 }
 
 } // namespace
 
 int RunIndex(const Arguments& arguments, Output& output) {
     const bool partial = !arguments.Operands().isEmpty();
-    arguments.RefuseTogether("--problems", "--rebuild");
-    arguments.RefuseTogether("--problems", "--mail");
+    for (const char* report : {"--problems", "--counts"}) {
+        for (const char* update : {"--rebuild", "--retry", "--mail"}) {
+            arguments.RefuseTogether(report, update);
+        }
+    }
+    arguments.RefuseTogether("--problems", "--counts");
+    arguments.RefuseTogether("--rebuild", "--retry");
     arguments.RefuseTogether("--quiet", "--verbose");
     if (arguments.Has("--problems")) {
         return PrintProblems(arguments, output);
     }
+    if (arguments.Has("--counts")) {
+        return PrintCounts(arguments, output);
+    }
     if (arguments.Has("--json")) {
-        throw UsageError{kOptionNeedsOption, {u"--json"_s, u"--problems"_s}};
+        throw UsageError{kOptionNeedsOption, {u"--json"_s, u"--problems | --counts"_s}};
     }
     if (partial && arguments.Has("--rebuild")) {
         throw UsageError{kNotTogether, {u"--rebuild"_s, u"PATH"_s}};
@@ -142,6 +99,7 @@ int RunIndex(const Arguments& arguments, Output& output) {
     int code = kDone;
     UpdateMembers members;
     members.ForceRecreate = arguments.Has("--rebuild");
+    members.Retry = arguments.Has("--retry");
     members.IndexMail = arguments.Has("--mail");
     members.UpdateAll = !partial;
     if (partial) {

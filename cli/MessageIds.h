@@ -45,5 +45,10 @@ inline constexpr int kRebuildHint = 3439;
 inline constexpr int kNotInIndex = 3440;
 inline constexpr int kNoHitInDocument = 3441;
 inline constexpr int kOutputFailed = 3442; // %1 the system's words
+// Headings parted by tabs: documents, each engine::ReadState in its order, folder.
+inline constexpr int kCountsHeadings = 3443;
+inline constexpr int kCountsTotal = 3444;
+inline constexpr int kNoneInFolder = 3445;
+inline constexpr int kBestOne = 3446; // %1 found
 
 } // namespace velmora

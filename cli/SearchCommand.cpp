@@ -4,6 +4,7 @@
 #include "cli/Ending.h"
 #include "cli/IndexFaults.h"
 #include "cli/Json.h"
+#include "cli/MessageIds.h"
 #include "cli/Session.h"
 #include "core/Messages.h"
 #include "engine/FileConverter.h"
@@ -98,7 +99,9 @@ int RunSearch(const Arguments& arguments, Output& output) {
     if (rows.empty()) {
         output.Note(GetMessage(kNoMatch));
     } else if (set.Rows().size() > rows.size() || set.FoundBeyond() != 0) {
-        output.Note(GetMessage(kBestOf, {QString::number(rows.size()), QString::number(found)}));
+        const QString all = QString::number(found);
+        output.Note(rows.size() == 1 ? GetMessage(kBestOne, {all})
+                                     : GetMessage(kBestOf, {QString::number(rows.size()), all}));
     }
     return rows.empty() ? kIncomplete : kDone;
 }

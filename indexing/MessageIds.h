@@ -37,6 +37,10 @@ inline constexpr int kCopyList = 3126;
 inline constexpr int kAddFolder = 3180;
 inline constexpr int kRemoveFolder = 3181;
 inline constexpr int kChooseFolder = 3182;
-// 3130 to 3177: reasons, see EngineWords.cpp. 3183 to 3199: mainwindow/MessageIds.h.
+// A damaged index that was made anew.
+inline constexpr int kIndexMended = 3192; // %1 where the damaged one is kept
+inline constexpr int kOthersMissing = 3193;
+inline constexpr int kUpdateAllNow = 3194;
+// 3130 to 3177 and 3195 to 3198: reasons, see EngineWords.cpp. 3183 to 3191: mainwindow/MessageIds.h.
 
 } // namespace velmora

@@ -46,9 +46,12 @@ engine::IndexJob MakeJob(const UpdateMembers& members, const UpdateLists& lists,
     job.ActionCreate = create;
     job.ActionCompress = lists.compress;
     job.ActionAdd = true;
+    job.ActionRetry = members.Retry;
     // A run that does not renew mail must not take away what was read of it before.
     job.ActionRemoveDeleted = !mailConfigured || members.IndexMail;
     job.ActionRemoveListed = true;
+    job.WholeArchive =
+        (members.ForceRecreate || members.UpdateAll) && (members.IndexMail || !mailConfigured);
     job.ToAddFileListName = lists.add.Name();
     job.ToRemoveListName = lists.remove.Name();
     job.ToRemoveFolders = lists.removeFolders;
@@ -102,6 +105,41 @@ bool SettleFault(const engine::IndexReport& report) {
     return false;
 }
 
+// Tells that a damaged index was made anew. True when a run over everything shall follow, since
+// something may be missing.
+bool SettleMending(const UpdateMembers& members) {
+    const engine::IndexReport& report = members.IndexReport;
+    const bool moreToRead = report.otherFoldersMissing && !members.UpdateAll;
+    QStringList texts;
+    if (!report.damagedKept.isEmpty()) {
+        texts << GetMessage(kIndexMended, {report.damagedKept});
+    }
+    if (report.otherFoldersMissing) {
+        texts << GetMessage(kOthersMissing);
+    }
+    if (texts.isEmpty()) {
+        return false;
+    }
+    if (Program().gAutoIndexing) {
+        TextDialogue().Tell(texts.join(u'\n'), GetMessage(226), Icon::Exclamation);
+        return moreToRead;
+    }
+    if (moreToRead) {
+        texts << GetMessage(kUpdateAllNow);
+        return Ask(texts.join(u'\n'), GetMessage(226), Icon::Question) == Answer::Yes;
+    }
+    Tell(texts.join(u'\n'), GetMessage(226), Icon::Exclamation);
+    return false;
+}
+
+// All folders, and mail unless the person does not want that now: less would lose the rest.
+void WantEverything(UpdateMembers& members, const MailConfig& mail) {
+    if (!members.UpdateAll) {
+        members.UpdateAll = members.IndexMail = true;
+        SettleMail(members, mail.configured);
+    }
+}
+
 } // namespace
 
 void UpdateStatus::ReceiveProgress(int percent) {
@@ -142,14 +180,20 @@ void UpdateIndex(UpdateMembers& members, UpdateView& view, UpdateStatus& status)
         SettleMail(members, mail.configured);
         RunJob(members, view, status, mail);
         if (!members.Cancelled && SettleFault(members.IndexReport)) {
-            // All folders: a new index that held only a part would lose the rest.
-            members.ForceRecreate = members.UpdateAll = true;
+            members.ForceRecreate = true;
+            WantEverything(members, mail);
             RunJob(members, view, status, mail);
             (void)(members.IndexReport.fault && SettleFault(members.IndexReport));
+        }
+        if (!members.Cancelled && SettleMending(members)) {
+            WantEverything(members, mail);
+            RunJob(members, view, status, mail);
+            (void)SettleFault(members.IndexReport);
         }
     } else {
         members.IndexReport.aborted = true;
     }
+    members.Retry = false;
     members.FileOrFolderToAdd.reset();
     members.FileOrFolderToRemove.reset();
 }

@@ -15,6 +15,7 @@ struct UpdateMembers {
     bool ForceRecreate = false;      // in: a new index in place of the old one
     bool IndexMail = false;          // in: mail too
     bool UpdateAll = false;          // in: all indexed folders instead of FileOrFolderToAdd
+    bool Retry = false;              // in: what was not read is tried again; false after the run
     bool EnableAutoShutDown = false; // in: offer to switch the machine off afterwards
     // In: what a partial update adds, and the folders whose files leave the index. Both are
     // nothing again after the run.
@@ -62,7 +63,8 @@ class UpdateStatus : public engine::StatusHandler {
 
 // Runs the engine's job that `members` asks for on the index of the open archive; returns when it
 // has ended. A fault is told; where a new index mends it, that is asked, and done at once in an
-// unattended run, in which nobody is there to ask.
+// unattended run, in which nobody is there to ask. That a damaged index was made anew is told; so is
+// that other folders may be missing in it, and a run over all of them asked or, unattended, made.
 void UpdateIndex(UpdateMembers& members, UpdateView& view, UpdateStatus& status);
 
 // Appends the paths of all files in the folder, at any depth, to the list file, one a line; makes

@@ -37,6 +37,7 @@ FrmUpdateIndex::FrmUpdateIndex(QWidget* parent)
     connect(m_ui->cmdAnnulla, &QPushButton::clicked, this, &FrmUpdateIndex::cmdAnnulla_Click);
     connect(m_ui->cmdClose, &QPushButton::clicked, this, &QDialog::accept);
     connect(m_ui->cmdCopyList, &QPushButton::clicked, this, &FrmUpdateIndex::cmdCopyList_Click);
+    connect(m_ui->cmdRetry, &QPushButton::clicked, this, &FrmUpdateIndex::cmdRetry_Click);
     connect(m_ui->chkAutoShutDown, &QCheckBox::toggled, this,
             &FrmUpdateIndex::chkAutoShutDown_Click);
 }
@@ -69,6 +70,7 @@ void FrmUpdateIndex::Form_Load() {
     m_ui->cmdAnnulla->setEnabled(true);
     m_ui->cmdClose->setVisible(false);
     m_ui->cmdCopyList->setVisible(false);
+    m_ui->cmdRetry->setVisible(false);
     m_ui->aniIdx->setVisible(true);
     m_ui->prgTotal->setValue(0);
     m_ui->prgPage->setValue(0);
@@ -78,6 +80,7 @@ void FrmUpdateIndex::Form_Load() {
 }
 
 void FrmUpdateIndex::tmrStartIdx_Timer() {
+    m_added = FileOrFolderToAdd;
     UpdateIndex(*this, *this, *m_status);
     m_status.reset();
     const bool stay = !IndexReport.problems.empty() && !IndexReport.fault && !IndexReport.aborted &&
@@ -126,6 +129,7 @@ void FrmUpdateIndex::ShowProblems() {
     m_ui->chkAutoShutDown->setVisible(false);
     m_ui->cmdAnnulla->setVisible(false);
     m_ui->cmdCopyList->setVisible(true);
+    m_ui->cmdRetry->setVisible(true);
     m_ui->cmdClose->setVisible(true);
     m_ui->cmdClose->setDefault(true);
     m_ui->stkPages->setCurrentWidget(m_ui->pagProblems);
@@ -135,6 +139,13 @@ void FrmUpdateIndex::ShowProblems() {
 void FrmUpdateIndex::cmdCopyList_Click() {
     QApplication::clipboard()->setText(
         static_cast<ProblemModel*>(m_ui->lvwProblems->model())->AsText());
+}
+
+void FrmUpdateIndex::cmdRetry_Click() {
+    Retry = true;
+    ForceRecreate = false;
+    FileOrFolderToAdd = m_added;
+    Form_Load();
 }
 
 void FrmUpdateIndex::ShowStep(const QString& text) {

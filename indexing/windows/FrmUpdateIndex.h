@@ -19,8 +19,8 @@ namespace velmora {
 //   window.UpdateAll = true;
 //   window.exec();
 // The window goes away by itself, but for documents that could not be read: it then stays to list
-// them until it is closed. In an unattended run, after a cancel, and when the machine is to be
-// switched off it never stays.
+// them until it is closed, and offers to try them again, which is another run over the same. In an
+// unattended run, after a cancel, and when the machine is to be switched off it never stays.
 class FrmUpdateIndex : public QDialog, public UpdateMembers, private UpdateView {
     Q_OBJECT
 
@@ -43,6 +43,7 @@ class FrmUpdateIndex : public QDialog, public UpdateMembers, private UpdateView 
     void cmdAnnulla_Click();
     void chkAutoShutDown_Click();
     void cmdCopyList_Click();
+    void cmdRetry_Click();
     void ShowProblems();
 
     void ShowStep(const QString& text) override;
@@ -54,6 +55,7 @@ class FrmUpdateIndex : public QDialog, public UpdateMembers, private UpdateView 
 
     std::unique_ptr<Ui::FrmUpdateIndex> m_ui;
     QTimer* m_tmrStartIdx;
+    std::optional<PathDictionary> m_added;  // in the last run
     std::unique_ptr<UpdateStatus> m_status; // from the showing of the window to the run's end
 };
 

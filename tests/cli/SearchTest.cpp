@@ -52,6 +52,8 @@ TEST_F(SearchTest, ScopeAndLimit) {
                                PathBytes("docs/part0/10") + "\n10  " + PathBytes("docs/part1/9") +
                                "\n");
     EXPECT_THAT(best.error, HasSubstr("12 found")) << "nothing is cut silently";
+    EXPECT_EQ(Here({u"search"_s, u"bandicoot"_s, u"--limit=1"_s}).error,
+              "The document with the most hits, of 12 found\n");
     const CliResult folder =
         Here({u"search"_s, u"bandicoot"_s, u"--folder"_s, u"docs/part0/"_s, u"--json"_s});
     EXPECT_EQ(folder.Objects().size(), 6U);

@@ -145,6 +145,48 @@ TEST_F(FrmUpdateIndexTest, UnreadDocumentsAreListedUntilTheWindowIsClosed) {
     EXPECT_EQ(window.IndexReport.problems.size(), 1u);
 }
 
+// Over what the run before was about, and only on demand: the file stands as it did.
+TEST_F(FrmUpdateIndexTest, RetryReadsTheListedDocumentsAgain) {
+    const QByteArray broken = "PK\x03\x04 nothing of a document";
+    QDateTime changed = QDateTime::fromSecsSinceEpoch(1'700'000'000);
+    const auto write = [&](const QByteArray& content) {
+        WriteFile(Docs(u"broken.docx"_s), content);
+        QFile file(Docs(u"broken.docx"_s));
+        ASSERT_TRUE(file.open(QIODevice::ReadWrite));
+        ASSERT_TRUE(file.setFileTime(changed, QFileDevice::FileModificationTime));
+    };
+    WriteFile(Docs(u"good.txt"_s), "heron");
+    for (const bool all : {true, false}) {
+        changed = changed.addSecs(1);
+        write(broken);
+        FrmUpdateIndex window;
+        window.UpdateAll = all;
+        if (!all) {
+            WriteFile(Docs(u"new.txt"_s), "heron");
+            window.FileOrFolderToAdd.emplace().Add(LogicalDocs(u"broken.docx"_s));
+        }
+        int pressed = 0;
+        Watch(window, [&] {
+            auto& retry = Control<QPushButton>(window, "cmdRetry");
+            if (!Control<QTreeView>(window, "lvwProblems").isVisible()) {
+                EXPECT_FALSE(retry.isVisible());
+                return;
+            }
+            EXPECT_EQ(retry.text(), GetMessage(1029));
+            if (++pressed == 2) { // the first time, nothing has become of it
+                write("heron" + QByteArray(broken.size() - 5, ' '));
+            }
+            QTest::mouseClick(&retry, Qt::LeftButton);
+        });
+        window.exec();
+        EXPECT_EQ(pressed, 2);
+        EXPECT_EQ(window.IndexReport.changed, 1u);
+        EXPECT_EQ(window.IndexReport.unchanged, all ? 1u : 0u);
+        EXPECT_FALSE(window.Retry);
+        EXPECT_EQ(Found(u"heron"_s), (QStringList{u"broken.docx"_s, u"good.txt"_s}));
+    }
+}
+
 TEST_F(FrmUpdateIndexTest, TheShutDownBoxIsOfferedOnceAndMirrored) {
     FrmUpdateIndex window;
     window.EnableAutoShutDown = true;

@@ -148,17 +148,53 @@ TEST_F(UpdateIndexTest, ACancelEndsTheRunAndARebuildLeavesTheOldIndex) {
     EXPECT_TRUE(ListFiles().isEmpty());
 }
 
-TEST_F(UpdateIndexTest, ADamagedIndexIsRebuiltWholeWhenThePersonWantsIt) {
+TEST_F(UpdateIndexTest, ADamagedIndexIsMadeAnewAndWhatMayBeMissingIsAskedFor) {
     AddRow(LogicalDocs());
     const QByteArray garbage(20'000, 'x');
     WriteFile(IndexFile(), garbage);
     UpdateMembers members;
     members.FileOrFolderToAdd = Paths({LogicalDocs(u"one.txt"_s)});
-    EXPECT_EQ(Run(members).fault, engine::IndexFault::Damaged); // answered No
+    EXPECT_FALSE(Run(members).fault); // answered No
+    EXPECT_TRUE(members.IndexReport.otherFoldersMissing);
+    EXPECT_EQ(BytesOf(members.IndexReport.damagedKept), garbage);
     ASSERT_EQ(dialogue.told.size(), 1);
-    EXPECT_TRUE(dialogue.told[0].contains(GetMessage(3101)));
+    EXPECT_TRUE(dialogue.told[0].contains(GetMessage(3192, {members.IndexReport.damagedKept})));
+    EXPECT_TRUE(dialogue.told[0].contains(GetMessage(3193)));
+    EXPECT_TRUE(dialogue.told[0].contains(GetMessage(3194)));
+    EXPECT_EQ(Found(u"heron"_s), QStringList{u"one.txt"_s});
+
+    // It is asked again until all folders have come in.
+    dialogue.answers = {Answer::Yes};
+    members.FileOrFolderToAdd = Paths({LogicalDocs(u"one.txt"_s)});
+    EXPECT_FALSE(Run(members).otherFoldersMissing);
+    EXPECT_EQ(Found(u"heron"_s), QStringList({u"one.txt"_s, u"two.txt"_s}));
+    EXPECT_EQ(dialogue.told.size(), 2);
+
+    // A run over all folders misses nothing, and unattended it is made without asking.
+    WriteFile(IndexFile(), garbage);
+    EXPECT_FALSE(RunFull().damagedKept.isEmpty());
+    EXPECT_EQ(Found(u"heron"_s).size(), 2);
+    EXPECT_FALSE(dialogue.told.constLast().contains(GetMessage(3193)));
+    WriteFile(IndexFile(), garbage);
+    program->gAutoIndexing = true;
+    UpdateMembers unattended;
+    unattended.FileOrFolderToAdd = Paths({LogicalDocs(u"one.txt"_s)});
+    EXPECT_FALSE(Run(unattended).otherFoldersMissing);
+    EXPECT_EQ(Found(u"heron"_s).size(), 2);
+    EXPECT_EQ(dialogue.told.size(), 3);
+}
+
+TEST_F(UpdateIndexTest, AnUnsuitableIndexIsRebuiltWholeWhenThePersonWantsIt) {
+    AddRow(LogicalDocs());
+    RunFull();
+    WriteFile(platform::ToMachine(platform::JoinPath(gProgramPath(), u"default.abc"_s)),
+              "letter U+005F # _\n");
+    UpdateMembers members;
+    members.FileOrFolderToAdd = Paths({LogicalDocs(u"one.txt"_s)});
+    EXPECT_EQ(Run(members).fault, engine::IndexFault::Unsuitable); // answered No
+    ASSERT_EQ(dialogue.told.size(), 1);
+    EXPECT_TRUE(dialogue.told[0].contains(GetMessage(3105)));
     EXPECT_TRUE(dialogue.told[0].contains(GetMessage(3108)));
-    EXPECT_EQ(BytesOf(IndexFile()), garbage);
     EXPECT_EQ(SummaryMessage(members), GetMessage(3124));
 
     // All folders come in, not only what this run was to add.
@@ -166,13 +202,6 @@ TEST_F(UpdateIndexTest, ADamagedIndexIsRebuiltWholeWhenThePersonWantsIt) {
     members.FileOrFolderToAdd = Paths({LogicalDocs(u"one.txt"_s)});
     EXPECT_FALSE(Run(members).fault);
     EXPECT_EQ(Found(u"heron"_s), QStringList({u"one.txt"_s, u"two.txt"_s}));
-
-    // Unattended it is done without asking.
-    WriteFile(IndexFile(), garbage);
-    program->gAutoIndexing = true;
-    EXPECT_FALSE(RunFull().fault);
-    EXPECT_EQ(Found(u"heron"_s).size(), 2);
-    EXPECT_EQ(dialogue.told.size(), 2);
 }
 
 TEST_F(UpdateIndexTest, AnIndexInUseIsTold) {
