@@ -26,23 +26,16 @@ if [ ! -e "$text/.ready" ]; then
   find "$text" -type f ! -regex '.*\.\(html\|txt\|rst\|yaml\|css\|js\|dot\|c\|h\|sgml\|md\)' -delete
   touch "$text/.ready"
 fi
-# A hundred thousand small documents: the same text cut at line ends.
-pieces=$work/pieces
+cmake --preset release -DVELMORA_BENCH=ON >/dev/null
+cmake --build --preset release --target velmora velmora-worker bare_fts5 bench_requests make_documents >/dev/null
+bin=$PWD/build/bin
+
+# A hundred thousand small documents out of the same text.
+pieces=$work/made
 if [ ! -e "$pieces/.ready" ]; then
-  mkdir -p "$pieces"
-  find "$text" -type f ! -name .ready -print0 | sort -z | xargs -0 cat |
-    awk -v top="$pieces" -v size=2700 '
-      function open_next() { if (out) close(out); n++; dir = sprintf("%s/%03d", top, n / 500)
-        if (!(dir in made)) { system("mkdir -p " dir); made[dir] = 1 }
-        out = sprintf("%s/%06d.txt", dir, n); held = 0 }
-      BEGIN { open_next() }
-      { print > out; held += length($0) + 1; if (held > size && n < 100000) open_next() }'
+  "$bin/make_documents" "$text" "$pieces" 100000
   touch "$pieces/.ready"
 fi
-
-cmake --preset release -DVELMORA_BENCH=ON >/dev/null
-cmake --build --preset release --target velmora velmora-worker bare_fts5 bench_requests >/dev/null
-bin=$PWD/build/bin
 
 bytes=$(find "$text" -type f ! -name .ready -printf '%s\n' | awk '{ s += $1 } END { print s }')
 files=$(find "$text" -type f ! -name .ready | wc -l)
