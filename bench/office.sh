@@ -11,6 +11,7 @@ $sudo apt-get install -y --no-install-recommends recollcmd python3-recoll xsltpr
   libwpd-tools poppler-utils djvulibre-bin libimage-exiftool-perl python3-chardet python3-icalendar \
   python3-lxml python3-mutagen python3-py7zr python3-rarfile python3-six sqlite3 time >/dev/null
 export LC_ALL=C.UTF-8
+export PATH=/usr/sbin:/usr/bin:/sbin:/bin # Recoll's helpers want the system's own Python
 rm -rf "$work"; mkdir -p "$work/recoll"
 cmake --preset release >/dev/null
 cmake --build --preset release --target velmora velmora-worker >/dev/null
@@ -21,12 +22,12 @@ echo "$(find "$files" -type f | wc -l) files, $(du -sm --apparent-size "$files" 
 measure() { # name command…
   local name=$1; shift
   /usr/bin/time -f '%e %M' -o "$work/time" "$@" >"$work/$name.log" 2>&1 || true
-  tail -n 1 "$work/time" >"$work/last"; read -r seconds memory <"$work/last"
+  read -r seconds memory < <(tail -n 1 "$work/time")
   printf '%-10s %8.2f s  %6d MB peak of one process\n' "$name" "$seconds" "$((memory / 1000))"
 }
 printf 'topdirs = %s\nloglevel = 2\nindexallfilenames = 1\n' "$files" >"$work/recoll/recoll.conf"
 measure recoll recollindex -c "$work/recoll"; recoll=$seconds
-"${velmora[@]}" init "$work/archive" >/dev/null
+"$PWD/build/bin/velmora" init "$work/archive" >/dev/null
 "${velmora[@]}" folders add "$files" >/dev/null
 measure velmora "${velmora[@]}" index; own=$seconds
 awk -v a="$recoll" -v b="$own" 'BEGIN { printf "rate: %.1f x Recoll\n", a / b }'

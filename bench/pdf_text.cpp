@@ -27,7 +27,9 @@ class CountingSink final : public engine::DocumentSink {
   public:
     int pages = 0;
     std::size_t bytes = 0;
-    void Field(std::string_view /*name*/, std::string_view value) override { bytes += value.size(); }
+    void Field(std::string_view /*name*/, std::string_view value) override {
+        bytes += value.size();
+    }
     void Text(std::string_view utf8) override { bytes += utf8.size(); }
     void Open(engine::Block block, int /*level*/) override {
         pages += block == engine::Block::Page ? 1 : 0;
@@ -55,8 +57,8 @@ int ReadBare(std::string_view bytes, std::size_t* characters) {
     fz_var(pages);
     fz_try(ctx) {
         fz_register_document_handlers(ctx);
-        stream = fz_open_memory(ctx, reinterpret_cast<const unsigned char*>(bytes.data()),
-                                bytes.size());
+        stream =
+            fz_open_memory(ctx, reinterpret_cast<const unsigned char*>(bytes.data()), bytes.size());
         document = fz_open_document_with_stream(ctx, "application/pdf", stream);
         pages = fz_count_pages(ctx, document);
         for (int i = 0; i < pages; ++i) {
@@ -94,8 +96,7 @@ void Compare(const char* name, std::string_view bytes) {
     for (int round = 0; round < kRounds; ++round) {
         CountingSink sink;
         NoMembers members;
-        reader = std::min(
-            reader, Seconds([&] { engine::ReadPdf({bytes, name}, sink, members); }));
+        reader = std::min(reader, Seconds([&] { engine::ReadPdf({bytes, name}, sink, members); }));
         text = sink.bytes;
         characters = 0;
         bare = std::min(bare, Seconds([&] { pages = ReadBare(bytes, &characters); }));

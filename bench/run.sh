@@ -45,7 +45,7 @@ measure() { # name command… : seconds and peak memory in MB
   local name=$1; shift
   sync
   /usr/bin/time -f '%e %M' -o "$work/time" "$@" >"$work/$name.log" 2>&1 || true
-  read -r seconds memory <"$work/time"
+  read -r seconds memory < <(tail -n 1 "$work/time")
   printf '%-28s %8.2f s  %6d MB peak of one process\n' "$name" "$seconds" "$((memory / 1000))"
 }
 

@@ -18,7 +18,7 @@ measure() { # name command… : seconds and peak memory in MB
   local name=$1; shift
   sync
   /usr/bin/time -f '%e %M' -o "$work/time" "$@" >"$work/$name.log" 2>&1 || true
-  read -r seconds memory <"$work/time"
+  read -r seconds memory < <(tail -n 1 "$work/time")
   printf '%-22s %9.2f s %9.1f us a document %6d MB peak of the program\n' "$name" "$seconds" \
     "$(awk -v s="$seconds" -v n="$count" 'BEGIN { print s * 1e6 / n }')" "$((memory / 1000))"
 }
@@ -30,7 +30,7 @@ for count in "${sizes[@]}"; do
   find "$docs" -type f -print0 | xargs -0 cat >/dev/null # none pays for the cold disk
   rm -rf "$archive"
   velmora=("$bin/velmora" --archive "$archive")
-  "${velmora[@]}" init "$archive" >/dev/null
+  "$bin/velmora" init "$archive" >/dev/null
   "${velmora[@]}" folders add "$docs" >/dev/null
   measure "first index" "${velmora[@]}" index
   [ "$count" != "${sizes[0]}" ] || least=$seconds

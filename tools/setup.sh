@@ -8,7 +8,7 @@ build_packages=(
   qt6-base-dev libqt6svg6 fonts-dejavu-core
   libsqlite3-dev libicu-dev libzstd-dev zlib1g-dev libstemmer-dev libseccomp-dev
   libarchive-dev libxml2-dev libgmime-3.0-dev libuchardet-dev
-  libgsf-1-dev libmspack-dev libexiv2-dev libtag1-dev libwpd-dev libwps-dev librevenge-dev
+  libmspack-dev libexiv2-dev libtag1-dev libwpd-dev libwps-dev librevenge-dev
   libmupdf-dev libmujs-dev libgumbo-dev libopenjp2-7-dev libjbig2dec0-dev libharfbuzz-dev
   libfreetype-dev libjpeg-dev libssl-dev
   wordnet-base

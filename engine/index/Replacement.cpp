@@ -103,7 +103,7 @@ void KeepUnder(const std::string& indexFile, const std::string& kept) {
 // The logs go first: what is in them must not be taken for the new index's.
 std::string SetAside(const std::string& indexFile) {
     const std::string date =
-        QDateTime::currentDateTime().toString(QStringLiteral("yyyy-MM-dd-HHmmss")).toStdString();
+        QDateTime::currentDateTime().toString(QStringLiteral("yyyy-MM-dd-HHmmss-zzz")).toStdString();
     const std::string kept = indexFile + kDamaged + date;
     for (const std::string& same : {kept, kept + "-wal", kept + "-journal"})
         Remove(same);

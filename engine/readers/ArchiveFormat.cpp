@@ -48,9 +48,10 @@ bool IsLzma(std::string_view bytes) {
         return false;
     const std::uint64_t dictionary = LittleNumber(bytes, 1, 4);
     const std::uint64_t size = LittleNumber(bytes, 5, 8);
-    const bool round = dictionary >= 4096 && ((dictionary & (dictionary - 1)) == 0 ||
-                                              dictionary % 3 == 0);
-    return round && (size == kUnknownSize || (Byte(bytes, 0) == kUsualProperties && size < kLargest));
+    const bool round =
+        dictionary >= 4096 && ((dictionary & (dictionary - 1)) == 0 || dictionary % 3 == 0);
+    return round &&
+           (size == kUnknownSize || (Byte(bytes, 0) == kUsualProperties && size < kLargest));
 }
 
 // Whether bytes begin with a header of tar: 512 bytes with a checksum over themselves.
@@ -226,12 +227,6 @@ bool IsPartOfSplitZip(std::string_view bytes) {
     return disk != 0 && disk != 0xFFFF; // that value: the number stands in the zip64 record
 }
 
-// "archive.7z.001" and the like.
-bool HasPartNumber(std::string_view name) {
-    return name.size() > 4 && name[name.size() - 4] == '.' &&
-           IsDigits(name.substr(name.size() - 3), 10);
-}
-
 // The variable-length numbers at the beginning of an archive of the fifth RAR format.
 struct Rar5Start {
     std::uint64_t type = 0;  // 1: main header, 4: all that follows is encrypted
@@ -307,8 +302,7 @@ ArchiveFormat FormatOf(std::string_view bytes) {
 }
 
 bool UnpacksToTar(std::string_view bytes, Packing packing) {
-    const ArchiveOwner reader =
-        OpenArchive(bytes, ArchiveFormat::Raw, packing, ZipWay::Directory);
+    const ArchiveOwner reader = OpenArchive(bytes, ArchiveFormat::Raw, packing, ZipWay::Directory);
     archive_entry* entry = nullptr;
     if (reader == nullptr || archive_read_next_header(reader.get(), &entry) != ARCHIVE_OK)
         return false;
@@ -323,15 +317,22 @@ bool IsCodeLibrary(std::string_view bytes) {
     if (!bytes.starts_with("!<arch>\n"))
         return false;
     const std::string_view first = bytes.substr(8);
-    return first.starts_with("/ ") || first.starts_with("/SYM64/") || first.starts_with("__.SYMDEF");
+    return first.starts_with("/ ") || first.starts_with("/SYM64/") ||
+           first.starts_with("__.SYMDEF");
 }
 
-bool IsPartOfSplit(ArchiveFormat format, std::string_view bytes, std::string_view name) {
+bool HasPartNumber(std::string_view name) {
+    constexpr std::size_t kDigits = 3;
+    return name.size() > kDigits + 1 && name[name.size() - kDigits - 1] == '.' &&
+           IsDigits(name.substr(name.size() - kDigits), 10);
+}
+
+bool IsPartOfSplit(ArchiveFormat format, std::string_view bytes) {
     constexpr std::uint64_t kRarVolume = 1, kCabNeighbours = 3;
     switch (format) {
     case ArchiveFormat::None:
     case ArchiveFormat::Zip:
-        return IsPartOfSplitZip(bytes) || HasPartNumber(name);
+        return IsPartOfSplitZip(bytes);
     case ArchiveFormat::Rar:
         return (LittleNumber(bytes, kRarFlagsAt, 2) & kRarVolume) != 0;
     case ArchiveFormat::Rar5: {
@@ -341,7 +342,7 @@ bool IsPartOfSplit(ArchiveFormat format, std::string_view bytes, std::string_vie
     case ArchiveFormat::Cab:
         return (LittleNumber(bytes, 30, 2) & kCabNeighbours) != 0;
     default:
-        return HasPartNumber(name);
+        return false;
     }
 }
 

@@ -39,9 +39,10 @@ enum class Packing : std::uint8_t { None, Gzip, Bzip2, Xz, Lzma, Zstd, Lz4, Comp
 // Whether bytes are a library of compiled code: an ar archive that begins with a list of symbols.
 [[nodiscard]] bool IsCodeLibrary(std::string_view bytes);
 
-// One of several files that only together are an archive. name helps where the bytes do not tell.
-[[nodiscard]] bool IsPartOfSplit(ArchiveFormat format, std::string_view bytes,
-                                 std::string_view name);
+// One of several files that only together are an archive, by the marks of such a part.
+[[nodiscard]] bool IsPartOfSplit(ArchiveFormat format, std::string_view bytes);
+// Whether a name may be that of a part without marks: "archive.7z.001".
+[[nodiscard]] bool HasPartNumber(std::string_view name);
 // Whether even the list of members needs a password.
 [[nodiscard]] bool ListIsEncrypted(ArchiveFormat format, std::string_view bytes);
 // The compressed content of an RPM package; empty where the package is damaged.

@@ -14,7 +14,11 @@
 #include <archive_entry.h>
 
 #include <algorithm>
+#include <cerrno>
+#include <cstdlib>
 #include <cstring>
+#include <memory>
+#include <new>
 
 namespace engine {
 
@@ -22,7 +26,10 @@ namespace {
 
 std::string ErrorOf(archive* reader) {
     const char* const text = archive_error_string(reader);
-    return text == nullptr ? "unknown error" : text;
+    std::string_view words = text == nullptr ? "unknown error" : text;
+    while (words.ends_with('\n')) // as some of the library's own do
+        words.remove_suffix(1);
+    return std::string(words);
 }
 
 // What the library's words mean for the one who wants to read: a password is missing, or a way of
@@ -33,7 +40,8 @@ ReadState StateOfError(std::string_view error) {
     };
     if (tells("ncrypt") || tells("assword") || tells("Crypto codec"))
         return ReadState::Encrypted;
-    if (tells("nsupported") || tells("Unknown codec") || tells("unavailable") || tells("not supported"))
+    if (tells("nsupported") || tells("Unknown codec") || tells("unavailable") ||
+        tells("not supported"))
         return ReadState::Unknown;
     return ReadState::Damaged;
 }
@@ -48,8 +56,7 @@ struct Shape {
 Shape ShapeOf(std::string_view bytes) {
     Shape shape{bytes, ArchiveFormat::None, PackingOf(bytes)};
     if (shape.packing != Packing::None) {
-        shape.format =
-            UnpacksToTar(bytes, shape.packing) ? ArchiveFormat::Tar : ArchiveFormat::Raw;
+        shape.format = UnpacksToTar(bytes, shape.packing) ? ArchiveFormat::Tar : ArchiveFormat::Raw;
         return shape;
     }
     shape.format = bytes.starts_with("PK") ? ArchiveFormat::Zip : FormatOf(bytes);
@@ -67,16 +74,16 @@ class ArchiveReader {
   public:
     ArchiveReader(const Source& source, MemberSink& members)
         : m_source(source), m_members(members), m_shape(ShapeOf(source.bytes)),
-          m_isZip(m_shape.format == ArchiveFormat::Zip ||
-                  m_shape.format == ArchiveFormat::None) {}
+          m_isZip(m_shape.format == ArchiveFormat::Zip || m_shape.format == ArchiveFormat::None) {}
 
     void Read() {
         if (ListIsEncrypted(m_shape.format, m_shape.bytes))
             throw ReadError(ReadState::Encrypted, kPassword);
         if (m_isZip)
             LookAtZipDirectory();
-        const bool split = IsPartOfSplit(m_shape.format, m_shape.bytes, m_source.name);
+        const bool split = IsPartOfSplit(m_shape.format, m_shape.bytes);
         m_way = split ? ZipWay::Stream : ZipWay::Directory;
+        std::uint64_t repeated = 0; // bytes that were unpacked once already
         for (int restarts = 0;; ++restarts) {
             const End end = Pass();
             if (end == End::Whole)
@@ -84,11 +91,13 @@ class ArchiveReader {
             // A damaged member ends the library's pass; another one goes on behind it.
             const bool canGoOn = end == End::MemberDamaged && m_isZip;
             const bool canStream = m_entry == 0 && m_isZip && m_way == ZipWay::Directory;
+            // From the front, passing by a member may unpack it.
+            repeated += m_way == ZipWay::Stream ? m_unpacked : 0;
             if (canStream && end == End::HeaderDamaged)
                 m_way = ZipWay::Stream;
             else if (!canGoOn || restarts >= kMaxArchiveRestarts ||
-                     m_passedBy > kMaxArchiveEntries)
-                FailAt(split);
+                     m_passedBy > kMaxArchiveEntries || repeated > kMaxArchiveBytes)
+                FailAt(split || HasPartNumber(m_source.name));
             m_skip = m_entry;
         }
         if (split)
@@ -203,6 +212,9 @@ class ArchiveReader {
 
     // False: the library cannot go on.
     bool TakeEntry(archive* reader, archive_entry* entry) {
+        // A name that cannot be converted makes the library end the process if this still tells of
+        // memory that was refused, long ago and without harm.
+        errno = 0;
         const auto type = archive_entry_filetype(entry);
         Member member;
         const std::string name = NameOf(entry, member);
@@ -271,7 +283,7 @@ class ArchiveReader {
             if (result == ARCHIVE_WARN)
                 break;
         }
-        member.bytes = std::string_view(m_buffer.data(), m_size);
+        member.bytes = std::string_view(m_buffer.get(), m_size);
         if (result == ARCHIVE_OK || result == ARCHIVE_EOF)
             return true;
         m_error = ErrorOf(reader);
@@ -299,12 +311,13 @@ class ArchiveReader {
         if (size > left)
             TellCap();
         size = std::min(size, room);
-        if (m_buffer.size() < m_size + size)
-            m_buffer.resize(std::max<std::size_t>(m_size + size, m_buffer.size() * 2));
+        if (size == 0)
+            return;
+        MakeRoom(m_size + size);
         if (data != nullptr)
-            std::memcpy(m_buffer.data() + m_size, data, size);
-        else if (size > 0)
-            std::memset(m_buffer.data() + m_size, 0, size);
+            std::memcpy(m_buffer.get() + m_size, data, size);
+        else
+            std::memset(m_buffer.get() + m_size, 0, size);
         m_size += size;
         m_unpacked += size;
     }
@@ -318,11 +331,29 @@ class ArchiveReader {
                 "unpacks to more than " + std::to_string(kMaxUnpackRatio) + " times its size";
     }
 
+    // Grows the buffer where it stands if that can be: members are large.
+    void MakeRoom(std::size_t size) {
+        if (size <= m_room)
+            return;
+        m_room = std::max(size, m_room * 2);
+        char* const larger = static_cast<char*>(std::realloc(m_buffer.get(), m_room));
+        if (larger == nullptr)
+            throw std::bad_alloc(); // the buffer there is stays the owner's
+        static_cast<void>(m_buffer.release());
+        m_buffer.reset(larger);
+    }
+
     void ShrinkBuffer() {
         constexpr std::size_t kKept = 32 * kMiB;
-        if (m_buffer.size() > kKept)
-            std::string().swap(m_buffer);
+        if (m_room > kKept) {
+            m_buffer.reset();
+            m_room = 0;
+        }
     }
+
+    struct FreeBytes {
+        void operator()(char* bytes) const { std::free(bytes); }
+    };
 
     const Source& m_source;
     MemberSink& m_members;
@@ -331,14 +362,15 @@ class ArchiveReader {
     ZipWay m_way = ZipWay::Directory;
     UniqueNames m_names;
     NameCharset m_charset;
-    std::uint64_t m_entry = 0; // entries met in this pass
-    std::uint64_t m_skip = 0;  // entries done in passes before
+    std::uint64_t m_entry = 0;    // entries met in this pass
+    std::uint64_t m_skip = 0;     // entries done in passes before
     std::uint64_t m_passedBy = 0; // such entries, in all passes
     std::uint64_t m_unpacked = 0;
     std::string m_error;
     std::string m_capReached;
-    std::string m_buffer;   // the member that is being unpacked, grown as needed
-    std::size_t m_size = 0; // its bytes in m_buffer
+    std::unique_ptr<char, FreeBytes> m_buffer; // the member that is being unpacked
+    std::size_t m_room = 0;                    // bytes of m_buffer
+    std::size_t m_size = 0;                    // its bytes in m_buffer
 };
 
 } // namespace

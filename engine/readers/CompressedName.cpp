@@ -40,12 +40,12 @@ std::string_view GzipName(std::string_view bytes) {
 std::string WithoutEnding(std::string_view name) {
     // An ending that stands for two is replaced by the first of them.
     static constexpr std::array<std::pair<std::string_view, std::string_view>, 24> kEndings{
-        {{".gz", ""},        {".gzip", ""},     {".bz2", ""},     {".bz", ""},
-         {".xz", ""},        {".lzma", ""},     {".zst", ""},     {".zstd", ""},
-         {".lz4", ""},       {".z", ""},        {".lz", ""},      {".tgz", ".tar"},
-         {".taz", ".tar"},   {".tbz", ".tar"},  {".tbz2", ".tar"}, {".txz", ".tar"},
-         {".tlz", ".tar"},   {".tzst", ".tar"}, {".svgz", ".svg"}, {".emz", ".emf"},
-         {".wmz", ".wmf"},   {".cpgz", ".cpio"}, {".adz", ".adf"}, {".zabw", ".abw"}}};
+        {{".gz", ""},      {".gzip", ""},      {".bz2", ""},      {".bz", ""},
+         {".xz", ""},      {".lzma", ""},      {".zst", ""},      {".zstd", ""},
+         {".lz4", ""},     {".z", ""},         {".lz", ""},       {".tgz", ".tar"},
+         {".taz", ".tar"}, {".tbz", ".tar"},   {".tbz2", ".tar"}, {".txz", ".tar"},
+         {".tlz", ".tar"}, {".tzst", ".tar"},  {".svgz", ".svg"}, {".emz", ".emf"},
+         {".wmz", ".wmf"}, {".cpgz", ".cpio"}, {".adz", ".adf"},  {".zabw", ".abw"}}};
     for (const auto& [ending, instead] : kEndings) {
         if (name.size() <= ending.size())
             continue;
@@ -68,9 +68,9 @@ CompressedName NameOfContent(const Source& source, Packing packing) {
         content.name = CleanFileName(NameCharset().Decode(GzipName(source.bytes)));
     }
     if (content.name.empty()) {
-        const std::size_t slash = source.name.find_last_of('/');
+        const std::string_view name = source.name;
         content.name = CleanFileName(
-            WithoutEnding(slash == std::string::npos ? source.name : source.name.substr(slash + 1)));
+            NameCharset().Decode(WithoutEnding(name.substr(name.find_last_of('/') + 1))));
     }
     if (content.name.empty())
         content.name = "unnamed";

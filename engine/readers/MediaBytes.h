@@ -12,8 +12,8 @@ namespace engine {
 inline std::uint64_t BigEndianAt(std::string_view bytes, std::size_t at, std::size_t width) {
     std::uint64_t value = 0;
     for (std::size_t i = 0; i < width; ++i)
-        value = value << 8 |
-                (at + i < bytes.size() ? static_cast<unsigned char>(bytes[at + i]) : 0U);
+        value =
+            value << 8 | (at + i < bytes.size() ? static_cast<unsigned char>(bytes[at + i]) : 0U);
     return value;
 }
 

@@ -80,7 +80,7 @@ constexpr std::array kMarks{
     Mark{0, "\x1A\x45\xDF\xA3"sv, "film"},         // Matroska
     Mark{0, "\x30\x26\xB2\x75\x8E\x66"sv, "film"}, // ASF: WMV and WMA
     Mark{0, "FLV\1"sv, "film"},                    //
-    Mark{0, "\0\0\1\xBA"sv, "film"},              // MPEG
+    Mark{0, "\0\0\1\xBA"sv, "film"},               // MPEG
     Mark{0, "\x7F\x45LF"sv, "program"},            //
     Mark{0, "MZ"sv, "program"},                    //
     Mark{0, "\xCA\xFE\xBA\xBE"sv, "program"},      //
@@ -88,7 +88,7 @@ constexpr std::array kMarks{
     Mark{0, "!<arch>\n/"sv, "program"},            // a library of them
     Mark{0, "!<arch>\n__.SYMDEF"sv, "program"},    //
     Mark{0, "!<thin>\n"sv, "program"},             //
-    Mark{0, "\0\1\0\0\0"sv, "font"},              //
+    Mark{0, "\0\1\0\0\0"sv, "font"},               //
     Mark{0, "OTTO"sv, "font"},                     //
     Mark{0, "wOFF"sv, "font"},                     //
     Mark{0, "wOF2"sv, "font"},                     //

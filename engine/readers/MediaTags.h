@@ -60,7 +60,7 @@ class MediaTags {
 
 // The sources, each reading what it knows of and leaving the rest. They throw nothing but
 // std::bad_alloc; a damaged file gives what can be read of it.
-void ReadPictureTags(std::string_view bytes, MediaTags& tags); // Exif, IPTC, XMP
+void ReadPictureTags(std::string_view bytes, MediaTags& tags);  // Exif, IPTC, XMP
 void ReadPictureTexts(std::string_view bytes, MediaTags& tags); // of PNG and GIF
 void ReadSoundTags(std::string_view bytes, MediaTags& tags);
 void ReadMp4Tags(std::string_view bytes, MediaTags& tags);

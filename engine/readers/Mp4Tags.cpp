@@ -26,38 +26,49 @@ struct Name {
 };
 
 constexpr std::array kItems{
-    Name{"\xA9nam", MediaTag::Title},    Name{"tvsh", MediaTag::Title},
-    Name{"tven", MediaTag::Subject},     Name{"desc", MediaTag::Subject},
-    Name{"ldes", MediaTag::Subject},     Name{"sdes", MediaTag::Subject},
+    Name{"\xA9nam", MediaTag::Title},
+    Name{"tvsh", MediaTag::Title},
+    Name{"tven", MediaTag::Subject},
+    Name{"desc", MediaTag::Subject},
+    Name{"ldes", MediaTag::Subject},
+    Name{"sdes", MediaTag::Subject},
     Name{"\xA9"
          "des",
          MediaTag::Subject},
-    Name{"\xA9grp", MediaTag::Subject},  Name{"\xA9inf", MediaTag::Subject},
+    Name{"\xA9grp", MediaTag::Subject},
+    Name{"\xA9inf", MediaTag::Subject},
     Name{"\xA9"
          "ART",
          MediaTag::Author},
-    Name{"aART", MediaTag::Author},      Name{"\xA9"
-                                              "aut",
-                                              MediaTag::Author},
+    Name{"aART", MediaTag::Author},
+    Name{"\xA9"
+         "aut",
+         MediaTag::Author},
     Name{"\xA9"
          "dir",
          MediaTag::Author},
-    Name{"\xA9prd", MediaTag::Author},   Name{"\xA9prf", MediaTag::Author},
-    Name{"\xA9wrt", MediaTag::Composer}, Name{"\xA9"
-                                              "alb",
-                                              MediaTag::Album},
-    Name{"\xA9gen", MediaTag::Genre},    Name{"catg", MediaTag::Genre},
-    Name{"keyw", MediaTag::Keywords},    Name{"\xA9key", MediaTag::Keywords},
+    Name{"\xA9prd", MediaTag::Author},
+    Name{"\xA9prf", MediaTag::Author},
+    Name{"\xA9wrt", MediaTag::Composer},
+    Name{"\xA9"
+         "alb",
+         MediaTag::Album},
+    Name{"\xA9gen", MediaTag::Genre},
+    Name{"catg", MediaTag::Genre},
+    Name{"keyw", MediaTag::Keywords},
+    Name{"\xA9key", MediaTag::Keywords},
     Name{"\xA9"
          "cmt",
          MediaTag::Comments},
-    Name{"cprt", MediaTag::Copyright},   Name{"\xA9"
-                                              "cpy",
-                                              MediaTag::Copyright},
+    Name{"cprt", MediaTag::Copyright},
+    Name{"\xA9"
+         "cpy",
+         MediaTag::Copyright},
     Name{"\xA9"
          "day",
          MediaTag::Date},
-    Name{"\xA9xyz", MediaTag::Position}, Name{"\xA9lyr", MediaTag::Lyrics},
+    Name{"\xA9xyz", MediaTag::Position},
+    Name{"\xA9lyr", MediaTag::Lyrics},
     Name{"\xA9mod", MediaTag::Camera},
 };
 
@@ -157,7 +168,8 @@ class Mp4Walk {
         constexpr std::size_t kHeader = 9, kStart = 8; // the time at which a chapter begins
         content = Piece(content, kHeader, content.size());
         while (content.size() > kStart) {
-            const std::string_view title = Piece(content, kStart + 1, BigEndianAt(content, kStart, 1));
+            const std::string_view title =
+                Piece(content, kStart + 1, BigEndianAt(content, kStart, 1));
             AddText(MediaTag::Chapter, title);
             content.remove_prefix(std::min(content.size(), kStart + 1 + title.size()));
         }

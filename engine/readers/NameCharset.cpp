@@ -66,16 +66,23 @@ bool IsIn(std::u32string_view list, UChar32 c) {
 struct Before {
     UChar32 c = ' ';
     UScriptCode script = USCRIPT_COMMON; // of a letter
+    bool begins = false;                 // it is the first letter of its word
     int equal = 0;                       // so many times in a row already
     int consonants = 0;                  // so many in a row, of scripts whose vowels are known
 };
+
+// Capitals stand at the beginning of a word or all through it.
+bool MixesCases(UChar32 c, const Before& before) {
+    return (u_isupper(c) && u_islower(before.c)) ||
+           (u_islower(c) && u_isupper(before.c) && !before.begins);
+}
 
 int ScoreOfAlphabet(UChar32 c, UScriptCode script, const Before& before) {
     const UChar32 small = u_tolower(c);
     int score = IsIn(kFrequentLetters, small) ? 3 : 2;
     if (u_isalpha(before.c) == 0)
         return IsIn(kFinalLetters, c) ? score - 4 : score;
-    if ((u_isupper(c) && u_islower(before.c)) || script != before.script)
+    if (MixesCases(c, before) || script != before.script)
         score -= 5;
     if (script == USCRIPT_LATIN && before.c >= 0x80)
         score -= 2; // two in a row are rare
@@ -140,7 +147,8 @@ class Scorer {
             score += ScoreOfAsciiBehind(c);
         const bool hasKnownVowels = script == USCRIPT_CYRILLIC || script == USCRIPT_GREEK;
         const bool isConsonant = hasKnownVowels && !IsIn(kVowels, u_tolower(c));
-        m_before = {c, script, c == m_before.c ? m_before.equal + 1 : 1,
+        m_before = {c, script, isLetter && !u_isalpha(m_before.c),
+                    c == m_before.c ? m_before.equal + 1 : 1,
                     isConsonant ? m_before.consonants + 1 : 0};
     }
 
@@ -162,7 +170,7 @@ class Scorer {
     [[nodiscard]] int ScoreOfAsciiBehind(UChar32 c) const {
         if (m_before.script != USCRIPT_LATIN)
             return -4;
-        return u_isupper(c) && u_islower(m_before.c) ? -3 : 0;
+        return MixesCases(c, m_before) ? -3 : 0;
     }
 
     const Candidate& m_candidate;
@@ -177,8 +185,7 @@ int ScoreOf(std::string_view sample, const Candidate& candidate) {
         UChar32 c = 0;
         U8_NEXT(text.data(), i, length, c);
         scorer.Take(c, at < sample.size() ? static_cast<unsigned char>(sample[at]) : 0);
-        const bool isWide =
-            c >= 0x80 && candidate.family != Family::Alphabet && !IsHalfKana(c);
+        const bool isWide = c >= 0x80 && candidate.family != Family::Alphabet && !IsHalfKana(c);
         at += isWide ? 2 : 1;
     }
     return scorer.score;

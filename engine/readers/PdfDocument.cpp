@@ -134,9 +134,10 @@ bool PdfDocument::ReadFiles(MemberSink& files) {
         member.modified = file.modified;
         member.cut = file.cut;
         if (file.damaged) {
-            member.problem = std::string("damaged: ") + fitz.error;
-            if (!member.bytes.empty())
-                member.problemState = ReadState::Partly;
+            const bool empty = member.bytes.empty();
+            member.problem =
+                (empty ? "cannot be unpacked: " : "damaged: ") + std::string(fitz.error);
+            member.problemState = empty ? ReadState::Damaged : ReadState::Partly;
         }
         room -= std::min(room, member.bytes.size());
         files.Receive(member);

@@ -23,10 +23,10 @@ struct FitzPdf {
     pdf_obj** pages = nullptr; // the first knownPages are listed
     int knownPages = 0;
     pdf_obj* keptTexts = nullptr; // texts put together here, which live as long
-    pdf_obj* files = nullptr; // specifications of embedded files, once they were counted
-    bool sawInlineImage = false; // since the last FitzLoadText
-    bool sawDamage = false;      // the library has complained of lost content, likewise
-    char error[256] = "";        // of the last function that failed
+    pdf_obj* files = nullptr;     // specifications of embedded files, once they were counted
+    bool sawInlineImage = false;  // since the last FitzLoadText
+    bool sawDamage = false;       // the library has complained of lost content, likewise
+    char error[256] = "";         // of the last function that failed
 };
 
 // What an annotation or a form field has to read, which may be nothing: its contents or value, or

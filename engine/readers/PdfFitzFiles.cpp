@@ -51,8 +51,7 @@ void AddTree(Gathering* gathering, pdf_obj* node, int depth) {
     constexpr int kMaxDepth = 32;
     fz_context* ctx = gathering->pdf->ctx;
     if (pdf_is_dict(ctx, node) == 0 || depth > kMaxDepth ||
-        (pdf_is_indirect(ctx, node) != 0 &&
-         pdf_mark_bits_set(ctx, gathering->trees, node) != 0))
+        (pdf_is_indirect(ctx, node) != 0 && pdf_mark_bits_set(ctx, gathering->trees, node) != 0))
         return;
     pdf_obj* names = pdf_dict_get(ctx, node, PDF_NAME(Names));
     const int count = pdf_array_len(ctx, names);
@@ -160,6 +159,7 @@ FitzFile FitzGetFile(FitzPdf* pdf, int index, std::size_t limit) {
     fz_context* ctx = pdf->ctx;
     FitzFile file;
     fz_var(file);
+    pdf->sawDamage = false;
     fz_try(ctx) {
         pdf_obj* stream = EmbeddedStream(ctx, pdf_array_get(ctx, pdf->files, index));
         file.content = fz_new_buffer(ctx, 1024);
@@ -167,6 +167,8 @@ FitzFile FitzGetFile(FitzPdf* pdf, int index, std::size_t limit) {
         const std::int64_t modified = pdf_dict_get_date(ctx, parameters, PDF_NAME(ModDate));
         file.modified = modified > 0 ? modified : 0;
         file.cut = Append(ctx, stream, file.content, limit);
+        if (pdf->sawDamage) // the library only complains and goes on
+            fz_throw(ctx, FZ_ERROR_GENERIC, "broken data");
     }
     fz_catch(ctx) {
         FitzKeepError(pdf);

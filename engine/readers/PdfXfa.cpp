@@ -44,8 +44,7 @@ class Texts final : public XmlHandler {
     void Close() {
         const std::size_t begin = m_text.find_first_not_of(" \t\r\n");
         if (begin != std::string::npos)
-            m_texts.push_back(
-                m_text.substr(begin, m_text.find_last_not_of(" \t\r\n") - begin + 1));
+            m_texts.push_back(m_text.substr(begin, m_text.find_last_not_of(" \t\r\n") - begin + 1));
         m_text.clear();
     }
 

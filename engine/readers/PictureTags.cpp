@@ -37,8 +37,10 @@ constexpr std::array kExifTexts{
 
 // Written by the file manager of another system, in UTF-16.
 constexpr std::array kExifWideTexts{
-    Key{"Exif.Image.XPTitle", MediaTag::Title},     Key{"Exif.Image.XPSubject", MediaTag::Subject},
-    Key{"Exif.Image.XPAuthor", MediaTag::Author},   Key{"Exif.Image.XPKeywords", MediaTag::Keywords},
+    Key{"Exif.Image.XPTitle", MediaTag::Title},
+    Key{"Exif.Image.XPSubject", MediaTag::Subject},
+    Key{"Exif.Image.XPAuthor", MediaTag::Author},
+    Key{"Exif.Image.XPKeywords", MediaTag::Keywords},
     Key{"Exif.Image.XPComment", MediaTag::Comments},
 };
 
@@ -220,7 +222,8 @@ void ReadPictureTags(std::string_view bytes, MediaTags& tags) {
         AddExif(picture->exifData(), tags);
         AddIptc(picture->iptcData(), tags);
         AddXmp(picture->xmpData(), tags);
-        tags.Add(MediaTag::Comments, NameCharset().Decode(UpToZero(picture->comment())));
+        if (bytes.starts_with("\xFF\xD8")) // of PNG the library calls another text so
+            tags.Add(MediaTag::Comments, NameCharset().Decode(UpToZero(picture->comment())));
     } catch (const std::bad_alloc&) {
         throw;
     } catch (const std::exception&) {

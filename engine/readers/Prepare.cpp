@@ -6,6 +6,7 @@
 #include "engine/readers/MailMime.h"
 #include "engine/readers/MediaTags.h"
 
+#include <ctime>
 #include <iconv.h>
 #include <openssl/crypto.h>
 
@@ -35,6 +36,7 @@ bool OpenCharsets() {
 void PrepareReaders() {
     static const bool opened = OpenCharsets();
     static_cast<void>(opened);
+    ::tzset(); // times in zip archives are local ones
     InitMime();
     // Else the first digest would look for a configuration.
     OPENSSL_init_crypto(OPENSSL_INIT_NO_LOAD_CONFIG, nullptr);

@@ -19,16 +19,25 @@ struct Name {
 };
 
 constexpr std::array kNames{
-    Name{"INAM", MediaTag::Title},     Name{"ISBJ", MediaTag::Subject},
-    Name{"IART", MediaTag::Author},    Name{"ISTR", MediaTag::Author},
-    Name{"IENG", MediaTag::Author},    Name{"IKEY", MediaTag::Keywords},
-    Name{"ICMT", MediaTag::Comments},  Name{"IPRD", MediaTag::Album},
-    Name{"IGNR", MediaTag::Genre},     Name{"ICOP", MediaTag::Copyright},
-    Name{"ICRD", MediaTag::Date},      Name{"IMUS", MediaTag::Composer},
-    Name{"IARL", MediaTag::Place},     Name{"strn", MediaTag::Subject},
+    Name{"INAM", MediaTag::Title},
+    Name{"ISBJ", MediaTag::Subject},
+    Name{"IART", MediaTag::Author},
+    Name{"ISTR", MediaTag::Author},
+    Name{"IENG", MediaTag::Author},
+    Name{"IKEY", MediaTag::Keywords},
+    Name{"ICMT", MediaTag::Comments},
+    Name{"IPRD", MediaTag::Album},
+    Name{"IGNR", MediaTag::Genre},
+    Name{"ICOP", MediaTag::Copyright},
+    Name{"ICRD", MediaTag::Date},
+    Name{"IMUS", MediaTag::Composer},
+    Name{"IARL", MediaTag::Place},
+    Name{"strn", MediaTag::Subject},
     // The last four are of AIFF.
-    Name{"NAME", MediaTag::Title},     Name{"AUTH", MediaTag::Author},
-    Name{"(c) ", MediaTag::Copyright}, Name{"ANNO", MediaTag::Comments},
+    Name{"NAME", MediaTag::Title},
+    Name{"AUTH", MediaTag::Author},
+    Name{"(c) ", MediaTag::Copyright},
+    Name{"ANNO", MediaTag::Comments},
 };
 
 enum class ByteOrder { Little, Big };
@@ -45,8 +54,7 @@ std::string TextOf(std::string_view bytes) {
 
 // Chunks with a name and a size; lists have the name of what they list before it. The list of
 // pictures and sounds is passed by.
-void WalkChunks(std::string_view bytes, ByteOrder order, int depth, int& chunks,
-                MediaTags& tags) {
+void WalkChunks(std::string_view bytes, ByteOrder order, int depth, int& chunks, MediaTags& tags) {
     constexpr std::size_t kHeader = 8, kListName = 4;
     constexpr int kMaxDepth = 8;
     while (bytes.size() >= kHeader && depth < kMaxDepth && ++chunks < kMaxMediaElements) {

@@ -18,7 +18,6 @@ struct PackedEntry {
     std::string path;
     std::string content;
     unsigned type = AE_IFREG; // or AE_IFDIR; AE_IFLNK: content is where it leads to
-    std::int64_t hole = 0;    // bytes of nothing before the content
 };
 
 // Packs entries; format is an ARCHIVE_FORMAT_ code, filter an ARCHIVE_FILTER_ code, options such as
@@ -59,14 +58,9 @@ inline std::string PackArchive(int format, int filter, const std::vector<PackedE
         if (entry.type == AE_IFLNK)
             archive_entry_set_symlink(e.get(), entry.content.c_str());
         else
-            archive_entry_set_size(e.get(), size + entry.hole);
-        if (entry.hole > 0)
-            archive_entry_sparse_add_entry(e.get(), entry.hole, size);
+            archive_entry_set_size(e.get(), size);
         check(archive_write_header(a, e.get()));
-        if (entry.hole > 0) // what lies in the hole is not written
-            check(archive_write_data_block(a, entry.content.data(), entry.content.size(),
-                                           entry.hole));
-        else if (entry.type == AE_IFREG && size > 0)
+        if (entry.type == AE_IFREG && size > 0)
             check(archive_write_data(a, entry.content.data(), entry.content.size()));
         check(archive_write_finish_entry(a));
     }

@@ -1,5 +1,6 @@
 // PDF: the text of pages in reading order, where it stands, and what is said of bad files.
 // SPDX-License-Identifier: AGPL-3.0-or-later
+#include "engine/readers/Limits.h"
 #include "engine/readers/PdfDocument.h"
 #include "engine/readers/PdfXmp.h"
 #include "engine/readers/Reader.h"
@@ -173,7 +174,111 @@ TEST(PdfReader, PasswordsOfUsersAndOwners) {
 
 TEST(PdfReader, FormsOfRealPrograms) {
     EXPECT_THAT(Read(ReadTestFile("pdf/AcroForm_TEST.pdf")).text,
-                HasSubstr("[note]111[/note][note]fff[/note]"));
+                HasSubstr("[note]1[/note][note]f[/note][note]m1[/note]")); // as shown
+}
+
+// A file specification around an embedded stream.
+std::string FileOf(PdfMaker& maker, const std::string& name, const std::string& content) {
+    const int stream =
+        maker.AddStream("/Type/EmbeddedFile/Params<</ModDate(D:20200102030405Z)>>", content);
+    const std::string reference = std::to_string(stream) + " 0 R";
+    return "<</Type/Filespec/F(" + name + ")/EF<</F " + reference + ">>>>";
+}
+
+TEST(PdfReader, EmbeddedFilesAreHandedOut) {
+    PdfMaker maker;
+    const std::string twice =
+        std::to_string(maker.Add(FileOf(maker, "../data.xml", "<twice/>"))) + " 0 R";
+    const std::string kid = std::to_string(maker.Add("<</Names[(a)" + twice + "(b)" +
+                                                     FileOf(maker, "note.txt", "first") +
+                                                     "(c)<</F(elsewhere.txt)>>]>>"));
+    const std::string loop =
+        std::to_string(maker.Add("<</Kids[" + kid + " 0 R " + kid + " 0 R]>>"));
+    maker.catalogExtra =
+        "/Names<</EmbeddedFiles<</Kids[" + loop + " 0 R " + loop + " 0 R]>>>>/AF[" + twice + "]";
+    maker.AddPage(PdfMaker::Lines({"Page text"}),
+                  "/Annots[<</Subtype/FileAttachment/Contents(see here)/Rect[1 1 9 9]/FS" +
+                      FileOf(maker, "note.txt", "second") + ">>]");
+    RecordingSink sink;
+    MemberRecorder files;
+    ReadPdf({maker.Make(), "file.pdf"}, sink, files);
+    EXPECT_THAT(files.Paths(), ElementsAre("data.xml", "note.txt", "note (2).txt"));
+    EXPECT_EQ(files.At("data.xml").content, "<twice/>");
+    EXPECT_EQ(files.At("note (2).txt").content, "second");
+    EXPECT_EQ(files.At("note.txt").member.modified, 1'577'934'245);
+    EXPECT_THAT(sink.text, HasSubstr("[note]see here[/note]"));
+
+    MemberRecorder none;
+    none.unwanted = {"data.xml", "note.txt", "note (2).txt"};
+    RecordingSink again;
+    ReadPdf({maker.Make(), "file.pdf"}, again, none);
+    EXPECT_THAT(none.Paths(), IsEmpty());
+}
+
+TEST(PdfReader, DamagedAndHugeFilesInsideAreTold) {
+    PdfMaker maker;
+    const int broken = maker.AddStream("/Filter/FlateDecode", "this is not deflated");
+    std::string runs(300'000, '\0'); // every two bytes stand for 128
+    for (std::size_t i = 0; i < runs.size(); i += 2)
+        runs[i] = '\x81';
+    std::string names = "(0)<</F(broken)/EF<</F " + std::to_string(broken) + " 0 R>>>>";
+    for (int i = 1; i < 20; ++i)
+        names += "(" + std::to_string(i) + ")<</F(runs)/EF<</F " +
+                 std::to_string(maker.AddStream("/Filter/RunLengthDecode", runs)) + " 0 R>>>>";
+    maker.catalogExtra = "/Names<</EmbeddedFiles<</Names[" + names + "]>>>>";
+    maker.AddPage("");
+    RecordingSink sink;
+    MemberRecorder files;
+    ReadPdf({maker.Make(), "file.pdf"}, sink, files);
+    ASSERT_GT(files.members.size(), 2U);
+    EXPECT_EQ(files.members[0].member.problem, "cannot be unpacked: broken data");
+    std::size_t bytes = 0;
+    for (const MemberRecorder::Kept& kept : files.members)
+        bytes += kept.content.size();
+    EXPECT_EQ(bytes, kMaxPdfFileBytes);
+    EXPECT_TRUE(files.members.back().member.cut);
+    EXPECT_THAT(sink.problems, ElementsAre("its embedded files are larger than what is unpacked"));
+}
+
+TEST(PdfReader, HiddenLayersAreText) {
+    PdfMaker maker;
+    const std::string layer =
+        std::to_string(maker.Add("<</Type/OCG/Name(Hidden)/Usage<</View<</ViewState/OFF>>>>>>")) +
+        " 0 R";
+    maker.catalogExtra =
+        "/OCProperties<</OCGs[" + layer + "]/D<</BaseState/OFF/OFF[" + layer + "]>>>>";
+    const int form = maker.AddStream("/Type/XObject/Subtype/Form/BBox[0 0 400 400]/OC " + layer +
+                                         "/Resources<</Font<</F 3 0 R>>>>",
+                                     "BT /F 10 Tf 20 100 Td (form) Tj ET");
+    maker.AddPage("/OC /L BDC BT /F 10 Tf 20 300 Td (layer) Tj ET EMC /X Do", "",
+                  "/Properties<</L " + layer + ">>/XObject<</X " + std::to_string(form) + " 0 R>>");
+    EXPECT_EQ(Read(maker.Make()).Words(), "layer form");
+}
+
+TEST(PdfReader, FormsThatStandInXmlOnly) {
+    PdfMaker maker;
+    const std::string packet =
+        std::to_string(maker.AddStream(
+            "",
+            "<template "
+            "xmlns='http://www.xfa.org/schema/xfa-template/2.8/'><subform><field name='n'><caption>"
+            "<value><text>Your "
+            "name</text></value></caption><script>hidden()</script></field></subform>"
+            "</template>")) +
+        " 0 R";
+    const std::string data =
+        std::to_string(maker.AddStream("", "<xfa:datasets "
+                                           "xmlns:xfa='http://www.xfa.org/schema/xfa-data/1.0/"
+                                           "'><xfa:data><form><n>Ann &amp; Lee</n>"
+                                           "<empty/></form></xfa:data></xfa:datasets>")) +
+        " 0 R";
+    const std::string xfa = "/XFA[(template)" + packet + "(datasets)" + data + "]";
+    maker.AddPage(PdfMaker::Lines({"Please wait"}));
+    maker.catalogExtra = "/AcroForm<</Fields[]" + xfa + ">>";
+    EXPECT_EQ(Read(maker.Make()).Words(), "Please wait Your name Ann & Lee");
+    // Fields that stand on the pages have the same values.
+    maker.catalogExtra = "/AcroForm<</Fields[<</T(n)>>]" + xfa + ">>";
+    EXPECT_EQ(Read(maker.Make()).Words(), "Please wait");
 }
 
 TEST(PdfReader, DamagedFilesAreRepairedOrTold) {
