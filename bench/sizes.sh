@@ -40,7 +40,7 @@ for count in "${sizes[@]}"; do
   # Every hundredth document gets a line more.
   find "$docs" -name '*[0-9]00.txt' -type f | while read -r file; do echo "a line more" >>"$file"; done
   measure "1 % changed" "${velmora[@]}" index
-  du -sm --apparent-size "$docs" "$archive/indexes" | awk '{ print $1 " MB " $2 }'
+  du -sm --apparent-size "$docs" "$archive/indexes" | awk '{ print $1 " MB " (NR == 1 ? "documents" : "index, stored text included") }'
   measure "open and find" "${velmora[@]}" search reference
   "$bin/bench_requests" "$archive/indexes/SHARED" "$docs" 400
 done
