@@ -258,6 +258,16 @@ std::size_t SearchRun::MostHits(const PlanNode& node, std::int64_t id) {
     return MostHits(*node.left, id) + (node.kind == Kind::AndNot ? 0 : MostHits(*node.right, id));
 }
 
+bool SearchRun::AreWordsNear(const PlanNode& node, std::int64_t id) {
+    SlotCursor& left = m_cursors[node.left->slots.front().number];
+    SlotCursor& right = m_cursors[node.right->slots.front().number];
+    if (left.Seek(id) != id || right.Seek(id) != id)
+        return false;
+    left.Places(m_left);
+    right.Places(m_right);
+    return AreNear(m_left, m_right, node.distance);
+}
+
 // Places are only looked at where a document may be among the best.
 void SearchRun::RankByPresence(Ranking& ranking) {
     Evaluation evaluation(*m_facts);
@@ -275,10 +285,18 @@ void SearchRun::RankByPresence(Ranking& ranking) {
 
 void SearchRun::RankJudged(Ranking& ranking) {
     Evaluation evaluation(*m_facts);
-    for (std::int64_t id = Next(*m_plan.root, 1); id != kNoDocument; id = Next(*m_plan.root, id + 1)) {
+    PlanNode& root = *m_plan.root;
+    const bool twoWords = root.kind == Kind::Near && IsDecidedByPresence(*root.left) &&
+                          IsDecidedByPresence(*root.right) && root.left->kind == Kind::Phrase &&
+                          root.right->kind == Kind::Phrase;
+    for (std::int64_t id = Next(root, 1); id != kNoDocument; id = Next(root, id + 1)) {
         m_facts->id = id;
-        if (evaluation.Judge(*m_plan.root))
-            ranking.Add(id, Covered(m_plan.root->spans));
+        if (twoWords && !ranking.CanRank(MostHits(root, id))) {
+            if (AreWordsNear(root, id))
+                ranking.Pass();
+        } else if (evaluation.Judge(root)) {
+            ranking.Add(id, Covered(root.spans));
+        }
     }
 }
 

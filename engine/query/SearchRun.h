@@ -37,6 +37,7 @@ class SearchRun {
     [[nodiscard]] std::int64_t NextOfBoth(const PlanNode& node, std::int64_t from);
     [[nodiscard]] bool IsPresent(const PlanNode& node, std::int64_t id);
     [[nodiscard]] std::size_t MostHits(const PlanNode& node, std::int64_t id);
+    [[nodiscard]] bool AreWordsNear(const PlanNode& node, std::int64_t id);
     void RankWord(Ranking& ranking);
     void RankByPresence(Ranking& ranking);
     void RankJudged(Ranking& ranking);
@@ -46,6 +47,7 @@ class SearchRun {
     PostingIndex m_postings;
     std::vector<SlotCursor> m_cursors; // by slot number
     std::unique_ptr<Facts> m_facts;
+    std::vector<std::uint32_t> m_left, m_right; // places of two words
     std::uint64_t m_found = 0;
 };
 

@@ -44,6 +44,28 @@ void Near(const Spans& a, const Spans& b, std::uint32_t distance, Spans& scratch
                    std::back_inserter(near));
 }
 
+bool AreNear(const std::vector<std::uint32_t>& a, const std::vector<std::uint32_t>& b,
+             std::uint32_t distance) {
+    const auto reaches = [distance](std::uint32_t earlier, std::uint32_t later) {
+        return later - earlier <= distance;
+    };
+    for (std::size_t i = 0, j = 0; i < a.size() && j < b.size();) {
+        if (a[i] == b[j]) { // one instance, not near itself
+            if ((i + 1 < a.size() && reaches(b[j], a[i + 1])) ||
+                (j + 1 < b.size() && reaches(a[i], b[j + 1])))
+                return true;
+            ++i;
+            ++j;
+        } else if (a[i] < b[j]) {
+            if (reaches(a[i++], b[j]))
+                return true;
+        } else if (reaches(b[j++], a[i])) {
+            return true;
+        }
+    }
+    return false;
+}
+
 void NotNear(const Spans& a, const Spans& b, std::uint32_t distance, Spans& apart) {
     apart.clear();
     Pick(a, b, distance, false, apart);

@@ -20,6 +20,9 @@ using Spans = std::vector<Span>; // sorted, without repeats
 // Instances of either side that have one of the other within distance words: the distance is
 // that from the end of the earlier to the start of the later. An instance is never near itself.
 void Near(const Spans& a, const Spans& b, std::uint32_t distance, Spans& scratch, Spans& near);
+// Whether there are any, of two lists of single words (ascending).
+[[nodiscard]] bool AreNear(const std::vector<std::uint32_t>& a, const std::vector<std::uint32_t>& b,
+                           std::uint32_t distance);
 // The same where the instance of a stands before that of b.
 [[nodiscard]] Spans Before(const Spans& a, const Spans& b, std::uint32_t distance);
 // Instances of a without an instance of b within distance.
