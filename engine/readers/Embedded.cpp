@@ -4,6 +4,8 @@
 
 #include "engine/readers/CompoundFile.h"
 #include "engine/readers/Limits.h"
+#include "engine/readers/MemberNames.h"
+#include "engine/readers/NameCharset.h"
 #include "engine/readers/OleObjects.h"
 
 #include <set>
@@ -50,7 +52,7 @@ void DeliverEmbedded(OpenXmlPackage& package, MemberSink& members) {
         if (CompoundFile::Recognises(bytes) && part.ends_with(".bin"))
             objects.TakeFile(bytes);
         else if (!bytes.empty())
-            objects.Hand(bytes, CleanFileName(part.substr(part.rfind('/') + 1)));
+            objects.Hand(bytes, CleanFileName(NameCharset().Decode(LastPart(part))));
     }
 }
 

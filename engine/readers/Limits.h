@@ -20,7 +20,9 @@ inline constexpr std::size_t kMaxMemberPath = 4096;            // bytes of a mem
 inline constexpr int kMaxArchiveRestarts = 100;                // after damaged zip members
 inline constexpr std::uint64_t kMaxZipOverlap = 4; // packed bytes of all members to the archive's
 
-// PDF.
+// PDF and XPS.
+inline constexpr std::size_t kFitzMemoryBytes = 768 * kMiB; // all that the library holds
+inline constexpr std::size_t kFitzCallsPerPage = 3'000'000; // for memory
 inline constexpr std::size_t kPdfStoreBytes = 64 * kMiB;     // the library's cache
 inline constexpr int kMaxPdfBookmarks = 100'000;             // titles read from the outline
 inline constexpr int kMaxPdfNotesPerPage = 10'000;           // annotations and form fields

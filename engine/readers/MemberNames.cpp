@@ -41,6 +41,10 @@ std::string CleanMemberPath(std::string_view utf8) {
     return path.empty() ? "unnamed" : path;
 }
 
+std::string_view LastPart(std::string_view path) {
+    return path.substr(path.rfind('/') + 1);
+}
+
 std::string CleanFileName(std::string_view utf8) {
     const bool isPath = utf8.starts_with('/') || utf8.starts_with('\\') || utf8.find("..") == 0 ||
                         utf8.find("/../") != std::string_view::npos ||

@@ -14,6 +14,9 @@ namespace engine {
 // path of which nothing remains becomes "unnamed". utf8 is well-formed.
 [[nodiscard]] std::string CleanMemberPath(std::string_view utf8);
 
+// What follows the last "/".
+[[nodiscard]] std::string_view LastPart(std::string_view path);
+
 // A single file name out of what a sender wrote as one: path parts of the sender's machine fall
 // away ("C:\tmp\a.pdf" and "../a.pdf" give "a.pdf"), any other slash becomes "_". May be empty.
 [[nodiscard]] std::string CleanFileName(std::string_view utf8);

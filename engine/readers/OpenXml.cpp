@@ -3,6 +3,7 @@
 #include "engine/readers/OpenXml.h"
 
 #include "engine/readers/Charset.h"
+#include "engine/readers/MemberNames.h"
 
 #include <algorithm>
 #include <array>
@@ -15,10 +16,6 @@ namespace engine {
 namespace {
 
 constexpr std::size_t kMaxRelationships = 20'000;
-
-std::string_view LastPart(std::string_view path) {
-    return path.substr(path.rfind('/') + 1);
-}
 
 class RelationshipList final : public XmlHandler {
   public:

@@ -167,7 +167,8 @@ void FitzRunText(FitzPdf* pdf, pdf_obj* contents, pdf_obj* form, pdf_obj* resour
 }
 
 FitzOpened FitzOpen(FitzPdf* pdf, const unsigned char* data, std::size_t size) {
-    pdf->ctx = fz_new_context(nullptr, nullptr, kPdfStoreBytes);
+    const fz_alloc_context allocator = FitzAllocator(&pdf->memory);
+    pdf->ctx = fz_new_context(&allocator, nullptr, kPdfStoreBytes);
     if (pdf->ctx == nullptr) {
         std::strncpy(pdf->error, "out of memory", sizeof pdf->error - 1);
         return FitzOpened::Failed;
@@ -219,6 +220,7 @@ fz_stext_page* FitzLoadText(FitzPdf* pdf, int index, fz_rect* box, bool* damaged
     fz_stext_page* page = nullptr;
     fz_var(page);
     pdf->sawDamage = false;
+    pdf->memory.calls = 0;
     pdf->sawInlineImage = false;
     bool failed = false;
     fz_try(ctx) {

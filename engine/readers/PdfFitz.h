@@ -4,6 +4,8 @@
 // SPDX-License-Identifier: AGPL-3.0-or-later
 #pragma once
 
+#include "engine/readers/FitzMemory.h"
+
 #include <cstddef>
 #include <cstdint>
 
@@ -17,6 +19,7 @@ namespace engine {
 // An open document. All functions below take one that FitzOpen has filled.
 struct FitzPdf {
     fz_context* ctx = nullptr;
+    FitzMemory memory;
     fz_stream* stream = nullptr;
     pdf_document* doc = nullptr;
     int pageCount = 0;

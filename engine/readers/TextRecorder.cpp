@@ -113,6 +113,9 @@ void TextRecorder::OnFieldEnd(std::string_view name, std::string_view value) {
 }
 
 void TextRecorder::Incomplete(std::string_view reason) {
+    // It may name a part of the document as the document names it.
+    std::string buffer;
+    reason = WellFormed(reason, buffer);
     if (m_reason.find(reason) != std::string::npos)
         return;
     if (!m_reason.empty())

@@ -5,6 +5,7 @@
 #include "engine/readers/Frames.h"
 #include "engine/readers/Limits.h"
 #include "engine/readers/MediaKind.h"
+#include "engine/readers/MemberNames.h"
 
 #include <functional>
 #include <utility>
@@ -12,11 +13,6 @@
 
 namespace engine {
 namespace {
-
-std::string LastPart(std::string_view path) {
-    const auto slash = path.find_last_of('/');
-    return std::string(slash == std::string_view::npos ? path : path.substr(slash + 1));
-}
 
 class Walker {
   public:
@@ -99,9 +95,11 @@ void Walker::WalkMember(const FoundDocument& /*container*/, const Member& member
                         const std::string& path, int depth) {
     FoundDocument found;
     found.path = path;
-    found.display = member.displayName.empty() ? LastPart(member.path) : member.displayName;
+    found.display = member.displayName;
+    if (found.display.empty())
+        found.display = LastPart(member.path);
     found.modified = member.modified;
-    found.source = {member.bytes, LastPart(member.path)};
+    found.source = {member.bytes, std::string(LastPart(member.path))};
     if (!member.problem.empty()) {
         found.state = member.problemState;
         found.reason = member.problem;

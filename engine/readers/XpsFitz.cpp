@@ -33,7 +33,8 @@ void KeepError(FitzXps* xps) {
 } // namespace
 
 bool XpsOpen(FitzXps* xps, const unsigned char* data, std::size_t size) {
-    xps->ctx = fz_new_context(nullptr, nullptr, kPdfStoreBytes);
+    const fz_alloc_context allocator = FitzAllocator(&xps->memory);
+    xps->ctx = fz_new_context(&allocator, nullptr, kPdfStoreBytes);
     if (xps->ctx == nullptr) {
         std::strncpy(xps->error, "out of memory", sizeof xps->error - 1);
         return false;
@@ -75,6 +76,7 @@ fz_stext_page* XpsLoadText(FitzXps* xps, int index, bool* damaged) {
     fz_var(text);
     fz_var(failed);
     xps->sawDamage = false;
+    xps->memory.calls = 0;
     fz_try(ctx) {
         page = fz_load_page(ctx, xps->doc, index);
         text = fz_new_stext_page(ctx, fz_bound_page(ctx, page));

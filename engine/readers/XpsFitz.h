@@ -3,6 +3,8 @@
 // SPDX-License-Identifier: AGPL-3.0-or-later
 #pragma once
 
+#include "engine/readers/FitzMemory.h"
+
 #include <cstddef>
 
 extern "C" {
@@ -14,6 +16,7 @@ namespace engine {
 // An open document. All functions below take one that XpsOpen has filled.
 struct FitzXps {
     fz_context* ctx = nullptr;
+    FitzMemory memory;
     fz_stream* stream = nullptr;
     fz_document* doc = nullptr;
     int pageCount = 0;
