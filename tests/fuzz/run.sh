@@ -48,7 +48,7 @@ dictionary() {
 run_target() {
   local target=$1 found="$build/findings/$1" grown="$build/grown/$1" options
   mkdir -p "$found" "$grown"
-  options=(-timeout=10 -rss_limit_mb=1500 "-max_len=$(longest "$target")"
+  options=(-timeout=30 -rss_limit_mb=1500 "-max_len=$(longest "$target")"
     "-artifact_prefix=$found/" -print_final_stats=1 "-seed=${VELMORA_FUZZ_SEED:-0}")
   [ -z "$(dictionary "$target")" ] || options+=("-dict=$folder/$(dictionary "$target").dict")
   if [ "$seconds" -gt 0 ]; then
