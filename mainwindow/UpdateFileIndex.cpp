@@ -25,10 +25,8 @@ QString OcrFolderOf(const QString& document) {
 
 } // namespace
 
-PathDictionary UpdateFileIndex(const Selection& selection) {
+PathDictionary UpdateFileIndex(const QString& path, bool isFile) {
     PathDictionary paths;
-    const QString path = selection.Path();
-    const bool isFile = selection.filesActive && !selection.itemIsFolder;
     if (isFile && platform::Capitals(path).endsWith(u".TIF")) {
         if (const QString ocr = OcrFolderOf(path); !ocr.isEmpty()) {
             paths.Add(ocr);

@@ -3,13 +3,12 @@
 #pragma once
 
 #include "indexing/PathDictionary.h"
-#include "mainwindow/Commands.h"
 
 namespace velmora {
 
 // The folder of the tree, or the file of the list. Of a scanned document (TIF) it is the folder of
 // its recognised text, as that alone is in the index; nothing without one. May throw
 // velmora::Error.
-PathDictionary UpdateFileIndex(const Selection& selection);
+PathDictionary UpdateFileIndex(const QString& path, bool isFile);
 
 } // namespace velmora

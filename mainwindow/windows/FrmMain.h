@@ -3,6 +3,7 @@
 #pragma once
 
 #include "core/Activation.h"
+#include "mainwindow/CommandState.h"
 #include "mainwindow/Commands.h"
 
 #include <QHash>
@@ -21,6 +22,16 @@ class FrmMain;
 namespace velmora {
 
 class FilesModel;
+
+// What the panes have selected.
+struct Selection {
+    bool filesActive = false;     // else the folder tree
+    QString folder;               // logical path of the tree's node; empty for the root or none
+    bool isIndexedFolder = false; // the node stands in the list of indexed folders
+    QString item; // logical path of the selected row of the file list; empty for none
+    bool itemIsFolder = false;
+    [[nodiscard]] QString Path() const { return filesActive && !item.isEmpty() ? item : folder; }
+};
 
 class FrmMain : public QMainWindow, private ActivationHost {
     Q_OBJECT

@@ -30,7 +30,7 @@ QAction* FrmMain::CommandAction(const QString& key) {
     if (!command->icon.isEmpty()) {
         action->setIcon(LineIcon(command->icon));
     }
-    action->setShortcut(QKeySequence::fromString(command->shortcut, QKeySequence::PortableText));
+    action->setShortcuts(QKeySequence::listFromString(command->shortcuts));
     if (command->tip != 0) {
         const QString keys = action->shortcut().toString(QKeySequence::NativeText);
         const QString tip = GetMessage(command->tip).remove(u'&');
@@ -96,8 +96,15 @@ void FrmMain::PrepareSearchBar() {
 
 void FrmMain::UpdateBars() {
     const Selection selection = CurrentSelection();
+    CommandContext context;
+    context.treeFocus = !selection.filesActive;
+    context.node = selection.folder.isEmpty()  ? NodeKind::Root
+                   : selection.isIndexedFolder ? NodeKind::Indexed
+                                               : NodeKind::Below;
+    context.selected = selection.filesActive ? 1 : 0;
+    context.hasFolder = selection.itemIsFolder;
     for (auto each = m_actions.cbegin(); each != m_actions.cend(); ++each) {
-        each.value()->setEnabled(IsEnabled(each.key(), selection));
+        each.value()->setEnabled(IsEnabled(each.key(), context));
     }
     m_ui->cmdRemoveFolder->setEnabled(selection.isIndexedFolder);
 }

@@ -96,7 +96,8 @@ void FrmMain::RunUpdate(bool rebuild) {
 
 void FrmMain::UpdateFileIndex() {
     FrmUpdateIndex window(this);
-    window.FileOrFolderToAdd = velmora::UpdateFileIndex(CurrentSelection());
+    window.FileOrFolderToAdd = velmora::UpdateFileIndex(
+        CurrentSelection().Path(), CurrentSelection().filesActive && !CurrentSelection().itemIsFolder);
     window.exec();
     statusBar()->showMessage(SummaryMessage(window));
 }

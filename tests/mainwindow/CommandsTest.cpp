@@ -26,7 +26,8 @@ TEST_F(CommandsTest, EveryKeyOfABarIsACommandWithAnAccessKeyOfItsOwn) {
     for (const qint32 locale : {0, 1031, 1034, 1036, 1040}) {
         program->gLocaleId = locale;
         for (const QString& bar :
-             {u"MENU"_s, u"FILEMENU"_s, u"TOOLSMENU"_s, u"INFOMENU"_s, u"POPUPMENU"_s, u"STD"_s}) {
+             {u"MENU"_s, u"FILEMENU"_s, u"EDITMENU"_s, u"TOOLSMENU"_s, u"INFOMENU"_s,
+              u"POPUPMENU"_s, u"MNUOTHERSEARCHES"_s, u"STD"_s}) {
             QSet<QChar> used;
             int commands = 0;
             for (const QString& key : KeysOfBar(bar)) {
@@ -45,24 +46,7 @@ TEST_F(CommandsTest, EveryKeyOfABarIsACommandWithAnAccessKeyOfItsOwn) {
             }
         }
     }
-    EXPECT_FALSE(FindCommand(u"MNUPASTE"_s));
-}
-
-TEST_F(CommandsTest, StatesFollowTheSelection) {
-    Selection root;
-    Selection top{false, u"\\A"_s, true, {}, false};
-    Selection below{false, u"\\A\\B"_s, false, {}, false};
-    Selection file{true, u"\\A"_s, true, u"\\A\\f.txt"_s, false};
-    EXPECT_EQ(file.Path(), u"\\A\\f.txt"_s);
-    EXPECT_FALSE(IsEnabled(u"UPLEVEL"_s, root));
-    EXPECT_FALSE(IsEnabled(u"UPLEVEL"_s, top));
-    EXPECT_TRUE(IsEnabled(u"UPLEVEL"_s, below));
-    for (const QString& key : {u"MNUOPEN"_s, u"SHELL"_s, u"MNUINDEXFILE"_s}) {
-        EXPECT_FALSE(IsEnabled(key, root));
-        EXPECT_TRUE(IsEnabled(key, top));
-        EXPECT_TRUE(IsEnabled(key, file));
-    }
-    EXPECT_TRUE(IsEnabled(u"UPDATEIDX"_s, root));
+    EXPECT_FALSE(FindCommand(u"NOSUCHKEY"_s));
 }
 
 TEST_F(CommandsTest, OfAScannedDocumentTheFolderOfItsTextIsIndexed) {
@@ -73,14 +57,14 @@ TEST_F(CommandsTest, OfAScannedDocumentTheFolderOfItsTextIsIndexed) {
     rows->Fields(u"suser").SetValue(Program().gUserKey);
     rows->UpdateBatch();
     const QString id = rows->Fields(u"i_id").Text();
-    const auto paths = [](const QString& item, bool filesActive = true) {
-        return UpdateFileIndex({filesActive, u"\\A"_s, true, item, false}).Items();
+    const auto paths = [](const QString& item, bool isFile = true) {
+        return UpdateFileIndex(item, isFile).Items();
     };
     EXPECT_EQ(paths(u"\\A\\scan.tif"_s),
               QStringList{platform::Capitals(ArchiveIndexPath() + u"\\ocr\\1\\"_s + id)});
     EXPECT_EQ(paths(u"\\A\\other.tif"_s), QStringList());
     EXPECT_EQ(paths(u"\\A\\x.txt"_s), QStringList{u"\\A\\X.TXT"_s});
-    EXPECT_EQ(paths(u"\\A\\scan.tif"_s, false), QStringList{u"\\A"_s});
+    EXPECT_EQ(paths(u"\\A"_s, false), QStringList{u"\\A"_s});
 }
 
 TEST_F(CommandsTest, AFolderIsListedWithItsSubFoldersFirst) {
