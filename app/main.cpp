@@ -4,9 +4,11 @@
 #include "core/Globals.h"
 #include "core/Starter.h"
 #include "core/windows/FrmSplash.h"
+#include "core/windows/HelpKey.h"
 #include "core/windows/WindowDialogue.h"
 #include "mainwindow/windows/FrmMain.h"
 #include "resources/icons/Icons.h"
+#include "store/windows/FrmArchiveSelection.h"
 
 #include <QApplication>
 #include <clocale>
@@ -19,8 +21,11 @@ namespace {
 class WindowHost : public StarterHost {
   public:
     void ShowSplash() override { FrmSplash(FrmSplash::Use::Start).exec(); }
-    // Only one archive can be opened as yet: the one of the program folder, or that of /ARCHIVE.
-    ArchiveChoice ShowArchiveSelection() override { return {}; }
+    ArchiveChoice ShowArchiveSelection() override {
+        FrmArchiveSelection window;
+        window.exec();
+        return {window.Cancelled, window.ArchivePath};
+    }
     void ShowFrmMain() override {
         m_main = std::make_unique<FrmMain>();
         m_main->show();
@@ -48,6 +53,8 @@ int Run(int argc, char** argv) {
     WindowReporter reporter;
     const ScopedDialogue dialogueInForce(dialogue);
     const ScopedReporter reporterInForce(reporter);
+    HelpKey helpKey;
+    QApplication::instance()->installEventFilter(&helpKey);
 
     WindowHost host;
     // The splash is the first window to close, and must not end the process with it.

@@ -39,9 +39,10 @@ class ProgressLine : public UpdateView {
     [[nodiscard]] int LogLength() const override { return 0; }
     void EmptyLog() override {}
     void AppendLog(const QString& text) override {
-        m_file = text.chopped(1); // its line break
+        const QString lines = text.chopped(1); // the last line break
+        m_file = lines.section(u'\n', -1);
         if (m_wishes.listFiles) {
-            m_output.Note(m_file);
+            m_output.Note(lines);
         } else {
             Show();
         }

@@ -1,5 +1,5 @@
 # Outside components, found once.
-find_package(Qt6 6.4 REQUIRED COMPONENTS Core Gui Widgets Test)
+find_package(Qt6 6.4 REQUIRED COMPONENTS Core DBus Gui Widgets Test)
 find_package(SQLite3 REQUIRED)
 find_package(LibArchive REQUIRED)
 find_package(LibXml2 REQUIRED)

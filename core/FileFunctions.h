@@ -1,5 +1,7 @@
 // Walking folders, judging names, opening files with the desktop.
 // SPDX-License-Identifier: AGPL-3.0-or-later
+//
+// Copyfile, MoveFile, DeleteFile and RenameFile stand in ShellOperation.h.
 #pragma once
 
 #include <QString>

@@ -30,5 +30,17 @@ inline constexpr int kFirstStepsIntro = 3021;
 // Heading and text of step N of four: plus 2 x (N - 1).
 inline constexpr int kFirstStepHeading = 3022;
 inline constexpr int kFirstStepText = 3023;
+// The help.
+inline constexpr int kHelpTitle = 3650;
+inline constexpr int kNoHelpPages = 3657;
+inline constexpr int kCannotOpenAddress = 3658;
+// Shell operations.
+inline constexpr int kTrashOne = 3530;     // %1 name
+inline constexpr int kTrashSeveral = 3531; // %1 how many
+inline constexpr int kDeleteTitle = 3532;
+inline constexpr int kNoTrashOne = 3533;     // %1 name
+inline constexpr int kNoTrashSeveral = 3534; // %1 how many
+inline constexpr int kNameTaken = 3535;      // %1 name
+inline constexpr int kCannotRename = 3536;   // %1 path
 
 } // namespace velmora

@@ -25,6 +25,12 @@ class StatusHandler {
     virtual void ReceiveStep(int step) = 0;
     // A file that has been read: its machine path, as a person sees it; percentDone of that file.
     virtual void ReceiveFileInfo(const QString& name, int percentDone) = 0;
+    // The files that have been read since the last call, each once, oldest first. A handler that
+    // can take them together need not be called for each.
+    virtual void ReceiveFiles(const QStringList& names, int percentDone) {
+        for (const QString& name : names)
+            ReceiveFileInfo(name, percentDone);
+    }
     [[nodiscard]] virtual bool CheckForAbort() = 0;
 };
 
@@ -69,6 +75,9 @@ struct IndexJob {
     QString ToRemoveListName;  // text file, UTF-8: a path a line
     bool WholeArchive = false; // the add list names everything that the index is to hold
     QStringList ToRemoveFolders; // every document below leaves, whether its file is there or not
+    // Other computers may open the index, wherever it lies: searches there wait for each commit,
+    // which comes sooner.
+    bool Shared = false;
     QString IncludeFilters = QStringLiteral("*");
     QString ExcludeFilters;
     QString AlphabetFile;      // may be missing

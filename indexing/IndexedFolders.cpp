@@ -6,6 +6,7 @@
 #include "core/Failure.h"
 #include "core/Globals.h"
 #include "core/Messages.h"
+#include "indexing/LocalFolders.h"
 #include "indexing/MessageIds.h"
 #include "platform/Files.h"
 #include "platform/LogicalPath.h"
@@ -19,16 +20,6 @@ namespace velmora {
 namespace {
 
 constexpr auto kModule = "FrmGestFolders";
-
-// What the list shows: the folder's own name as it is spelled; all of a network path.
-QString DescriptionOf(const QString& path) {
-    const QString shown = platform::DisplayPath(path);
-    if (path.startsWith(u"\\\\")) {
-        return path;
-    }
-    const QString name = shown.section(u'/', -1);
-    return name.isEmpty() ? shown : name;
-}
 
 // Why a folder cannot be indexed at all; empty when it can.
 QString Refusal(const QString& path) {
@@ -84,6 +75,16 @@ bool SettleCollision(const QString& path, bool& replaced) {
     return true;
 }
 
+// What was to be added below a folder comes with it, and goes with it if that is taken back.
+void ForgetBelow(const QString& folder, PathDictionary& paths) {
+    const QString below = platform::Capitals(platform::WithBackslash(folder));
+    for (const QString& path : QStringList(paths.Items())) {
+        if (path.startsWith(below)) {
+            (void)paths.Remove(path);
+        }
+    }
+}
+
 } // namespace
 
 QList<IndexedFolder> ListIndexedFolders() {
@@ -112,15 +113,19 @@ bool AddIdxdFolders(const QString& path, FolderChanges& changes) {
     if (!SettleCollision(folder, replaced)) {
         return false;
     }
+    const LocalFolder described = DescribeFolder(folder);
     // The closing back-slash spares a neighbour that begins with the same letters.
     const bool added = Attempt(kModule, "AddIdxdFolders", [&] {
         OpenedConnection().InTransaction([&] {
             if (replaced) {
                 DeleteFolders(platform::WithBackslash(folder), 0);
             }
-            WriteRow(folder, DescriptionOf(folder), u"FLDCL"_s);
+            WriteRow(folder, described.text, described.kind);
         });
     });
+    if (added && replaced) {
+        ForgetBelow(folder, changes.add);
+    }
     if (added && !changes.remove.Remove(folder)) {
         changes.add.Add(folder);
     }

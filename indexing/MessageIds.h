@@ -41,6 +41,18 @@ inline constexpr int kChooseFolder = 3182;
 inline constexpr int kIndexMended = 3192; // %1 where the damaged one is kept
 inline constexpr int kOthersMissing = 3193;
 inline constexpr int kUpdateAllNow = 3194;
-// 3130 to 3177 and 3195 to 3198: reasons, see EngineWords.cpp. 3183 to 3191: mainwindow/MessageIds.h.
+// The folders of this machine.
+inline constexpr int kFolderSilent = 3583;
+inline constexpr int kFileSystem = 3584;
+// How long a run still takes: %1 minutes; %1 hours, %2 minutes.
+inline constexpr int kMinutesLeft = 3585;
+inline constexpr int kHoursLeft = 3586;
+inline constexpr int kSecondsLeft = 3587;
+// What could not be read, of the whole index.
+inline constexpr int kAllUnread = 3588;
+inline constexpr int kLedgerCount = 3589; // %1
+inline constexpr int kFolderHeading = 3590;
+// 3130 to 3177, 3195 to 3198, 3577 to 3579: reasons, see EngineWords.cpp. 3183 to 3191:
+// mainwindow/MessageIds.h.
 
 } // namespace velmora

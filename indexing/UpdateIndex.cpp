@@ -30,7 +30,9 @@ const QString kExcludeFilters = u"*.nxp *.coords *.mdb *.dbf *.db *.csv *.xlv *.
 
 // Asks whether mail is to be read too, as that can take long. An unattended run reads it.
 void SettleMail(UpdateMembers& members, bool configured) {
-    if (!members.IndexMail || !configured || members.Cancelled || Program().gAutoIndexing) {
+    // Who tries again what was not read has answered before.
+    if (!members.IndexMail || !configured || members.Cancelled || members.Retry ||
+        Program().gAutoIndexing) {
         return;
     }
     const QString question = GetMessage(142) + u'\n' + GetMessage(181);
@@ -52,6 +54,7 @@ engine::IndexJob MakeJob(const UpdateMembers& members, const UpdateLists& lists,
     job.ActionRemoveListed = true;
     job.WholeArchive =
         (members.ForceRecreate || members.UpdateAll) && (members.IndexMail || !mailConfigured);
+    job.Shared = !Program().gIsDefaultArchive;
     job.ToAddFileListName = lists.add.Name();
     job.ToRemoveListName = lists.remove.Name();
     job.ToRemoveFolders = lists.removeFolders;
@@ -158,10 +161,22 @@ void UpdateStatus::ReceiveStep(int step) {
 }
 
 void UpdateStatus::ReceiveFileInfo(const QString& name, int percentDone) {
-    if (m_view.LogLength() > kLongestLog) {
-        m_view.EmptyLog();
+    ReceiveFiles({name}, percentDone);
+}
+
+void UpdateStatus::ReceiveFiles(const QStringList& names, int percentDone) {
+    qsizetype length = m_view.LogLength();
+    QString text;
+    for (const QString& name : names) {
+        if (length > kLongestLog) {
+            m_view.EmptyLog();
+            text.clear();
+            length = 0;
+        }
+        text += name + u'\n';
+        length += name.size() + 1;
     }
-    m_view.AppendLog(name + u'\n');
+    m_view.AppendLog(text);
     m_view.SetFileProgress(percentDone);
     YieldToEvents();
 }

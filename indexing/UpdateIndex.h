@@ -37,7 +37,7 @@ class UpdateView {
     // Characters in the log.
     [[nodiscard]] virtual int LogLength() const = 0;
     virtual void EmptyLog() = 0;
-    // Adds the text, which closes in a line break, and moves the caret behind it.
+    // Adds lines, each of which closes in a line break, and moves the caret behind them.
     virtual void AppendLog(const QString& text) = 0;
 };
 
@@ -51,6 +51,8 @@ class UpdateStatus : public engine::StatusHandler {
     void ReceiveProgress(int percent) override; // more than 100 is not looked at
     void ReceiveStep(int step) override;        // none but 1 to 8 is looked at
     void ReceiveFileInfo(const QString& name, int percentDone) override;
+    // Every file comes into the log; all that are there are shown at once.
+    void ReceiveFiles(const QStringList& names, int percentDone) override;
     bool CheckForAbort() override;
 
     // The engine ends its job at its next CheckForAbort.
@@ -63,8 +65,9 @@ class UpdateStatus : public engine::StatusHandler {
 
 // Runs the engine's job that `members` asks for on the index of the open archive; returns when it
 // has ended. A fault is told; where a new index mends it, that is asked, and done at once in an
-// unattended run, in which nobody is there to ask. That a damaged index was made anew is told; so is
-// that other folders may be missing in it, and a run over all of them asked or, unattended, made.
+// unattended run, in which nobody is there to ask. That a damaged index was made anew is told; so
+// is that other folders may be missing in it, and a run over all of them asked or, unattended,
+// made.
 void UpdateIndex(UpdateMembers& members, UpdateView& view, UpdateStatus& status);
 
 // Appends the paths of all files in the folder, at any depth, to the list file, one a line; makes

@@ -49,6 +49,7 @@ const QHash<QString, Rule>& Rules() {
         {u"SCANNER"_s, [](const CommandContext& c) { return InFolder(c) && c.treeFocus; }},
         {u"PASTE"_s, [](const CommandContext& c) { return InFolder(c) && c.clipboardFull; }},
         {u"COPY"_s, Movable},
+        {u"MNUCUT"_s, Movable},
         {u"DEL"_s, Movable},
         {u"SHELL"_s,
          [](const CommandContext& c) { return !c.treeFocus && c.selected > 0 && !c.hasFolder; }},

@@ -1,15 +1,14 @@
-// Reads and sorts the content of a folder.
+// Reads the content of a folder; sizes and dates as texts and as sort keys.
 // SPDX-License-Identifier: AGPL-3.0-or-later
 #include "mainwindow/FolderFiles.h"
 
 #include "core/Messages.h"
+#include "mainwindow/FileOrder.h"
 #include "platform/Files.h"
 #include "platform/LogicalPath.h"
 
-#include <QCollator>
+#include <QDateTime>
 #include <QLocale>
-#include <algorithm>
-#include <numeric>
 
 using namespace Qt::StringLiterals;
 
@@ -17,100 +16,45 @@ namespace velmora {
 
 namespace {
 
-QLocale ProgramLocale() {
-    switch (CurrentLanguage()) {
-    case Language::Italian:
-        return QLocale(QLocale::Italian);
-    case Language::German:
-        return QLocale(QLocale::German);
-    case Language::Spanish:
-        return QLocale(QLocale::Spanish);
-    case Language::French:
-        return QLocale(QLocale::French);
-    case Language::English:
-        break;
-    }
-    return QLocale(QLocale::English);
-}
+constexpr unsigned kAnyExecute = 0111;
 
-// The places of the rows in the order of their names, as a rank for each row.
-std::vector<std::size_t> RanksByName(const std::vector<FileRow>& rows) {
-    QCollator collator(ProgramLocale());
-    collator.setNumericMode(true);
-    collator.setCaseSensitivity(Qt::CaseInsensitive);
-    // Keys are made once for each name: comparing texts again and again is slow in large folders.
-    std::vector<QCollatorSortKey> keys;
-    keys.reserve(rows.size());
-    for (const FileRow& row : rows) {
-        keys.push_back(collator.sortKey(row.name));
-    }
-    std::vector<std::size_t> order(rows.size());
-    std::iota(order.begin(), order.end(), 0);
-    std::sort(order.begin(), order.end(), [&](std::size_t a, std::size_t b) {
-        const int difference = keys[a].compare(keys[b]);
-        return difference != 0 ? difference < 0 : rows[a].name < rows[b].name;
-    });
-    std::vector<std::size_t> ranks(rows.size());
-    for (std::size_t rank = 0; rank < order.size(); ++rank) {
-        ranks[order[rank]] = rank;
-    }
-    return ranks;
+QDateTime LocalTime(qint64 modifiedNs) {
+    return QDateTime::fromMSecsSinceEpoch(modifiedNs / 1'000'000);
 }
 
 } // namespace
 
-FolderContent ReadFolder(const QString& folder) {
+FileRow RowOf(const QString& name, const platform::FileStatus& status) {
+    const bool isProgram = !status.IsFolder() && (status.mode & kAnyExecute) != 0;
+    return {name, status.IsFolder(), status.size, status.modifiedNs, isProgram};
+}
+
+bool IsShown(const QString& name, const platform::FileStatus& status) {
+    return !name.startsWith(u'.') &&
+           (status.IsFolder() || status.kind == platform::EntryKind::File);
+}
+
+FolderContent ReadRows(const QString& folder,
+                       const std::function<bool(const std::vector<FileRow>&)>& goOn) {
     FolderContent content;
-    const QString machinePath = platform::ToMachine(folder);
-    content.exists = !machinePath.isEmpty() && platform::IsFolder(machinePath);
+    content.exists = !folder.isEmpty() && platform::IsFolder(folder);
     if (!content.exists) {
         return content;
     }
-    const platform::FolderListing listing = platform::ListFolder(machinePath);
-    content.error = listing.error;
-    content.rows.reserve(listing.entries.size());
-    for (const platform::FolderEntry& entry : listing.entries) {
-        const bool shown = entry.IsFolder() || entry.kind == platform::EntryKind::File;
-        if (shown && !entry.name.startsWith(u'.')) {
-            content.rows.push_back({entry.name, entry.IsFolder(), entry.size, entry.modifiedNs});
+    content.error = platform::VisitFolder(folder, [&](const platform::FolderEntry& entry) {
+        if (IsShown(entry.name, entry)) {
+            content.rows.push_back(RowOf(entry.name, entry));
         }
-    }
-    SortRows(content.rows, FileColumn::Name, false);
+        return goOn(content.rows);
+    });
     return content;
 }
 
-void SortRows(std::vector<FileRow>& rows, FileColumn column, bool descending) {
-    const std::vector<std::size_t> ranks = RanksByName(rows);
-    std::vector<std::size_t> order(rows.size());
-    std::iota(order.begin(), order.end(), 0);
-    const auto value = [&](std::size_t at) -> qint64 {
-        switch (column) {
-        case FileColumn::Size:
-            return rows[at].isFolder ? 0 : rows[at].size;
-        case FileColumn::Date:
-            return rows[at].modifiedNs;
-        case FileColumn::Name:
-            break;
-        }
-        return static_cast<qint64>(ranks[at]);
-    };
-    std::sort(order.begin(), order.end(), [&](std::size_t a, std::size_t b) {
-        if (rows[a].isFolder != rows[b].isFolder) {
-            return rows[a].isFolder;
-        }
-        const qint64 first = value(a);
-        const qint64 second = value(b);
-        if (first != second) {
-            return descending ? first > second : first < second;
-        }
-        return ranks[a] < ranks[b];
-    });
-    std::vector<FileRow> sorted;
-    sorted.reserve(rows.size());
-    for (const std::size_t at : order) {
-        sorted.push_back(std::move(rows[at]));
-    }
-    rows = std::move(sorted);
+FolderContent ReadFolder(const QString& folder) {
+    FolderContent content =
+        ReadRows(platform::ToMachine(folder), [](const std::vector<FileRow>&) { return true; });
+    SortRows(content.rows, FileColumn::Name, false);
+    return content;
 }
 
 QString SizeText(qint64 bytes) {
@@ -133,6 +77,24 @@ QString SizeText(qint64 bytes) {
         number.chop(1);
     }
     return number + (kilo ? u" Kb"_s : u" Mb"_s);
+}
+
+QString SizeKey(qint64 bytes) {
+    return bytes < 0 ? QString() : u"%1"_s.arg(bytes, 20, 10, QChar(u'0'));
+}
+
+QString DateText(qint64 modifiedNs) {
+    if (modifiedNs == 0) {
+        return {};
+    }
+    const QDateTime time = LocalTime(modifiedNs);
+    const QString picture = GetDateFormat().replace(u'm', u'M');
+    return time.date().toString(picture) + u' ' +
+           QLocale::system().toString(time.time(), QLocale::ShortFormat);
+}
+
+QString DateKey(qint64 modifiedNs) {
+    return modifiedNs == 0 ? QString() : LocalTime(modifiedNs).toString(u"yyyyMMddHHmmss");
 }
 
 QString PathOf(const QString& folder, const QString& name) {

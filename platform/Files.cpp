@@ -63,6 +63,26 @@ struct CloseFolder {
     void operator()(DIR* folder) const { closedir(folder); }
 };
 
+// Every name of a folder but "." and "..", until `visit` answers false.
+template <class Visit> SystemError VisitNames(const QString& path, Visit&& visit) {
+    const std::unique_ptr<DIR, CloseFolder> folder(opendir(EncodeName(path).constData()));
+    if (!folder) {
+        return SystemError::Last();
+    }
+    for (;;) {
+        errno = 0;
+        const dirent* found = readdir(folder.get());
+        if (!found) {
+            return SystemError::Last();
+        }
+        const bool isName =
+            std::strcmp(found->d_name, ".") != 0 && std::strcmp(found->d_name, "..") != 0;
+        if (isName && !visit(folder.get(), *found)) {
+            return {};
+        }
+    }
+}
+
 } // namespace
 
 FileDescriptor& FileDescriptor::operator=(FileDescriptor&& other) noexcept {
@@ -115,31 +135,42 @@ std::optional<FileStatus> StatusOf(const QString& path, SystemError* error) {
 
 FolderListing ListFolder(const QString& path) {
     FolderListing listing;
-    std::unique_ptr<DIR, CloseFolder> folder(opendir(EncodeName(path).constData()));
-    if (!folder) {
-        listing.error = SystemError::Last();
-        return listing;
-    }
-    for (;;) {
-        errno = 0;
-        const dirent* found = readdir(folder.get());
-        if (!found) {
-            listing.error = SystemError::Last();
-            return listing;
-        }
-        if (std::strcmp(found->d_name, ".") == 0 || std::strcmp(found->d_name, "..") == 0) {
-            continue;
-        }
-        FolderEntry entry;
-        if (!StatusAt(dirfd(folder.get()), found->d_name, entry)) {
-            if (errno == ENOENT) {
-                continue;
-            }
-            entry.kind = KindOf(found->d_type);
-        }
-        entry.name = DecodeName(found->d_name);
+    listing.error = VisitFolder(path, [&](FolderEntry entry) {
         listing.entries.push_back(std::move(entry));
-    }
+        return true;
+    });
+    return listing;
+}
+
+SystemError VisitFolder(const QString& path, const std::function<bool(FolderEntry)>& visit) {
+    return VisitNames(path, [&](DIR* folder, const dirent& found) {
+        FolderEntry entry;
+        if (!StatusAt(dirfd(folder), found.d_name, entry)) {
+            if (errno == ENOENT) {
+                return true;
+            }
+            entry.kind = KindOf(found.d_type);
+        }
+        entry.name = DecodeName(found.d_name);
+        return visit(std::move(entry));
+    });
+}
+
+SystemError VisitSubFolders(const QString& path,
+                            const std::function<bool(const QString& name)>& visit) {
+    constexpr int kFilesBetweenCalls = 100;
+    int files = 0;
+    return VisitNames(path, [&](DIR* folder, const dirent& found) {
+        bool isFolder = found.d_type == DT_DIR;
+        if (found.d_type == DT_LNK || found.d_type == DT_UNKNOWN) {
+            FileStatus status;
+            isFolder = StatusAt(dirfd(folder), found.d_name, status) && status.IsFolder();
+        }
+        if (isFolder) {
+            return visit(DecodeName(found.d_name));
+        }
+        return ++files % kFilesBetweenCalls != 0 || visit({});
+    });
 }
 
 FileDescriptor OpenForReading(const QString& path, SystemError* error) {

@@ -6,6 +6,7 @@
 
 #include <QByteArray>
 #include <QString>
+#include <functional>
 #include <optional>
 #include <vector>
 
@@ -90,6 +91,16 @@ class FileDescriptor {
 /// The names in a folder with their status. Links to files are followed; a name that vanishes
 /// meanwhile is left out; one whose status is refused has size -1.
 [[nodiscard]] FolderListing ListFolder(const QString& path);
+
+/// The same one by one, so that the caller can show portions or stop: it answers false to stop.
+[[nodiscard]] SystemError VisitFolder(const QString& path,
+                                      const std::function<bool(FolderEntry)>& visit);
+
+/// The names of the folders in a folder, links to folders included. Files are not looked at, so
+/// this is cheap where there are many. `visit` answers false to stop; it is also called, with an
+/// empty name, once in a hundred files, so that it can stop there.
+[[nodiscard]] SystemError VisitSubFolders(const QString& path,
+                                          const std::function<bool(const QString& name)>& visit);
 
 /// Opens a regular file for reading; anything else (a pipe would block) is refused.
 [[nodiscard]] FileDescriptor OpenForReading(const QString& path, SystemError* error = nullptr);

@@ -50,6 +50,17 @@ QString ToMachine(const QString& logicalPath) {
     return SharedResolver().ToMachine(logicalPath);
 }
 
+QString ToMachineAsSpelled(const QString& logicalPath) {
+    const QString parent = ParentFolder(logicalPath);
+    const QString folder = parent.isEmpty() ? QString() : ToMachine(parent);
+    if (folder.isEmpty()) {
+        return ToMachine(logicalPath); // the root, or the top of a share: nothing to be taken for
+    }
+    QString name = FileName(logicalPath);
+    name.replace(QChar(kBackslashInName), u'\\');
+    return folder.endsWith(u'/') ? folder + name : folder + u'/' + name;
+}
+
 QString DisplayPath(const QString& logicalPath) {
     return SharedResolver().DisplayPath(logicalPath);
 }

@@ -43,6 +43,11 @@ constexpr char16_t kBackslashInName = 0xF05C;
 /// a path that does not begin with a back-slash.
 [[nodiscard]] QString ToMachine(const QString& logicalPath);
 
+/// The same for the one entry of exactly this spelling, be it there or not: the folder above is
+/// found in any case, the last name is taken as it stands. For those who change the disk: "a.txt"
+/// must not stand in for an "A.TXT" that went away meanwhile.
+[[nodiscard]] QString ToMachineAsSpelled(const QString& logicalPath);
+
 /// What a person is shown: the machine form with each existing part as
 /// it is spelled on the disk, even on a file system that takes any case.
 /// A path without a place on this machine is answered as it was given.

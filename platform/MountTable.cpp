@@ -130,6 +130,8 @@ std::vector<Mount> ParseMountTable(const QByteArray& text) {
         mount.mountPoint = Unescape(fields[4]);
         mount.type = fields[dash + 1];
         mount.share = ShareOf(mount.type, Unescape(fields[dash + 2]), Unescape(fields[3]));
+        mount.source = Unescape(fields[dash + 2]);
+        mount.options = fields.value(dash + 3);
         if (numbers.size() == 2) {
             mount.device = makedev(numbers[0].toUInt(), numbers[1].toUInt());
         }

@@ -15,6 +15,8 @@ struct Mount {
     QString
         share; ///< logical path of what is mounted ("\\server\share\sub"); empty for a local one
     quint64 device = 0; ///< st_dev of files in it
+    QByteArray source{};  ///< "/dev/sda1", "//server/share", "server:/export"
+    QByteArray options{}; ///< of the file system, by commas: "rw,vers=4.2,local_lock=none"
 };
 
 /// Reads text in the form of /proc/self/mountinfo. Lines that are not understood are left out.

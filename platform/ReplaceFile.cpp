@@ -1,13 +1,12 @@
 // Writing files so that a name never holds half a content.
 // SPDX-License-Identifier: AGPL-3.0-or-later
+#include "platform/Draft.h"
 #include "platform/Files.h"
 #include "platform/Names.h"
 
-#include <QRandomGenerator>
 #include <algorithm>
 #include <cerrno>
 #include <climits>
-#include <cstdio>
 #include <cstdlib>
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -17,99 +16,6 @@
 namespace platform {
 
 namespace {
-
-QByteArray FolderOf(const QByteArray& path) {
-    const qsizetype slash = path.lastIndexOf('/');
-    return slash < 0 ? QByteArray(".") : slash == 0 ? QByteArray("/") : path.left(slash);
-}
-
-/// A new file beside the one that it is to become; removed at the end unless it has taken its name.
-class Draft {
-  public:
-    Draft() = default;
-    Draft(const Draft&) = delete;
-    Draft& operator=(const Draft&) = delete;
-    ~Draft() {
-        if (!m_path.isEmpty()) {
-            unlink(m_path.constData());
-        }
-    }
-
-    SystemError Create(const QByteArray& target, mode_t mode) {
-        const QByteArray prefix = FolderOf(target) + "/.vms-";
-        do {
-            // The target's own name may be as long as names can be: it has no place in this one.
-            const quint64 number = QRandomGenerator::system()->generate64();
-            const QByteArray path = prefix + QByteArray::number(number, 36) + ".tmp";
-            m_file = FileDescriptor(
-                open(path.constData(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, mode));
-            if (m_file.IsOpen()) {
-                m_path = path;
-                return {};
-            }
-        } while (errno == EEXIST);
-        return SystemError::Last();
-    }
-
-    SystemError Write(const char* bytes, qint64 size) const {
-        while (size > 0) {
-            const ssize_t written = write(m_file.Number(), bytes, static_cast<size_t>(size));
-            if (written < 0 && errno != EINTR) {
-                return SystemError::Last();
-            }
-            bytes += std::max<ssize_t>(written, 0);
-            size -= std::max<ssize_t>(written, 0);
-        }
-        return {};
-    }
-
-    /// Everything is on the disk after this, but under the draft's name.
-    SystemError Finish() {
-        if (fsync(m_file.Number()) != 0) {
-            return SystemError::Last();
-        }
-        return m_file.Close();
-    }
-
-    SystemError TakePlaceOf(const QByteArray& target) {
-        return rename(m_path.constData(), target.constData()) == 0 ? Placed(target)
-                                                                   : SystemError::Last();
-    }
-
-    SystemError TakeNewName(const QByteArray& target) {
-        const char* from = m_path.constData();
-        const char* to = target.constData();
-        if (renameat2(AT_FDCWD, from, AT_FDCWD, to, RENAME_NOREPLACE) == 0) {
-            return Placed(target);
-        }
-        if (errno != EINVAL && errno != ENOSYS) {
-            return SystemError::Last();
-        }
-        // Older network file systems: a second name is refused just the same when it exists.
-        if (link(from, to) != 0) {
-            return SystemError::Last();
-        }
-        unlink(from);
-        return Placed(target);
-    }
-
-    int Number() const { return m_file.Number(); }
-
-  private:
-    SystemError Placed(const QByteArray& target) {
-        m_path.clear();
-        const FileDescriptor folder(
-            open(FolderOf(target).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-        // A folder that may not be read, or a file system that cannot
-        // sync one, does its best by itself.
-        const bool failed = folder.IsOpen() && fsync(folder.Number()) != 0 && errno != EINVAL &&
-                            errno != ENOTSUP && errno != EROFS;
-        return failed ? SystemError::Last() : SystemError();
-    }
-
-    FileDescriptor m_file;
-    QByteArray m_path;
-};
 
 /// Gives the new file the owner, group, mode and access list of
 /// the old one, as far as this user may.

@@ -47,6 +47,12 @@ QString FileAddress(const QString& path) {
     return QStringLiteral("file://") + QString::fromLatin1(EncodeName(path).toPercentEncoding("/"));
 }
 
+bool IsAddressOf(const QString& address, const char* scheme) {
+    return address.startsWith(QLatin1String(scheme), Qt::CaseInsensitive) &&
+           std::all_of(address.begin(), address.end(),
+                       [](QChar c) { return c.isPrint() && !c.isSpace(); });
+}
+
 } // namespace
 
 SystemError OpenWithDesktop(const QString& path) {
@@ -64,12 +70,12 @@ SystemError OpenContainingFolder(const QString& path) {
 }
 
 SystemError OpenMailTo(const QString& address) {
-    const bool clean = std::all_of(address.begin(), address.end(),
-                                   [](QChar c) { return c.isPrint() && !c.isSpace(); });
-    if (!address.startsWith(QLatin1String("mailto:"), Qt::CaseInsensitive) || !clean) {
-        return SystemError::Of(EINVAL);
-    }
-    return StartOpener(address);
+    return IsAddressOf(address, "mailto:") ? StartOpener(address) : SystemError::Of(EINVAL);
+}
+
+SystemError OpenWebPage(const QString& address) {
+    const bool isPage = IsAddressOf(address, "https://") || IsAddressOf(address, "http://");
+    return isPage ? StartOpener(address) : SystemError::Of(EINVAL);
 }
 
 } // namespace platform

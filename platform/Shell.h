@@ -23,4 +23,7 @@ namespace platform {
 /// a "mailto:" address, any other is refused.
 [[nodiscard]] SystemError OpenMailTo(const QString& address);
 
+/// Opens a page of the web in the user's browser; any address but "https:" and "http:" is refused.
+[[nodiscard]] SystemError OpenWebPage(const QString& address);
+
 } // namespace platform

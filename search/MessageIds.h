@@ -27,5 +27,7 @@ inline constexpr int kNothingOfKind = 3216;
 inline constexpr int kDocumentHits = 3217; // %1 all
 inline constexpr int kOneHit = 3218;
 inline constexpr int kOpenDocument = 3219;
+// The word list.
+inline constexpr int kWordsOfIndex = 3659;
 
 } // namespace velmora

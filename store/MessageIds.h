@@ -31,4 +31,9 @@ inline constexpr int kNoSuchField = 3068;
 inline constexpr int kNotUpdatable = 3069;
 inline constexpr int kBadCondition = 3070;
 
+// Archives. kLocksNowhere: %1 the folder; kLocksThisMachine: folder, mount option or file system.
+inline constexpr int kDefaultArchive = 3570;
+inline constexpr int kLocksNowhere = 3575;
+inline constexpr int kLocksThisMachine = 3576;
+
 } // namespace velmora

@@ -119,6 +119,18 @@ RecordSetPtr GetRsAnnotationFile(const QString& path, const QString& fileName) {
     return GetRsOfDocument(QStringLiteral("tblAnnotationfiles"), path, fileName);
 }
 
+RecordSetPtr GetRsFields(qint32 id) {
+    if (id == 0) {
+        return GetRs(QStringLiteral("Select * from tblFieldsDefs where suser = ?"), {Key()});
+    }
+    return GetRs(QStringLiteral("Select * from tblFieldsDefs where i_id = ? and suser = ?"),
+                 {id, Key()});
+}
+
+RecordSetPtr GetRsFieldsValues(const QString& path, const QString& fileName) {
+    return GetRsOfDocument(QStringLiteral("tblDocFields"), path, fileName);
+}
+
 RecordSetPtr GetRsTextAnnotation(qint32 fileId) {
     return GetRs(QStringLiteral("select * from tbltextAnnotation where i_idfile = ? and suser = ?"),
                  {fileId, Key()});

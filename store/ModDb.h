@@ -59,6 +59,11 @@ void DeleteFolders(const QString& path, qint32 id);
 [[nodiscard]] RecordSetPtr GetRsOcrFile(const QString& path, const QString& fileName);
 [[nodiscard]] RecordSetPtr GetRsAnnotationFile(const QString& path, const QString& fileName);
 
+// The definitions of the user-defined fields: that of an id, all of the user for 0.
+[[nodiscard]] RecordSetPtr GetRsFields(qint32 id);
+// The values of the fields, a column for each: the same three forms as those of GetRsOcrFile.
+[[nodiscard]] RecordSetPtr GetRsFieldsValues(const QString& path, const QString& fileName);
+
 [[nodiscard]] RecordSetPtr GetRsTextAnnotation(qint32 fileId);
 // With the flag the rows whose text is empty, without it those of one page hash.
 void DeleteTextAnnotation(const QString& hash, bool emptyTexts);

@@ -6,6 +6,7 @@
 #include "platform/LogicalPath.h"
 #include "platform/Names.h"
 #include "sqlite/Unicode.h"
+#include "store/ShareLocks.h"
 #include "store/SqliteFailure.h"
 #include "store/SqliteValues.h"
 #include "store/StoreError.h"
@@ -77,6 +78,7 @@ void SqliteConnection::Open(const QString& place) {
     const QString path = platform::ToMachine(place);
     m_path = path.isEmpty() ? place : path;
     RequireFile(path, m_path);
+    RequireShareLocks(m_path.section(u'/', 0, -2));
     try {
         OpenFile(sqlite::OpenMode::ReadWrite);
         if (!TableExists(TemplateTables().first().name)) {

@@ -9,7 +9,8 @@
 
 namespace velmora {
 
-// Rollback journal and full sync, for archives on network shares and for kills at any moment.
+// Rollback journal and full sync, for archives on network shares and for kills at any moment. A
+// share whose locks cannot be relied on is refused.
 // Declared types of columns: TEXT(n), TEXT (memo), INT, DOUBLE, INTEGER PRIMARY KEY AUTOINCREMENT;
 // texts in the collation UNICODE_NOCASE. Index names bear the table's name in front, as they are
 // unique per file here.

@@ -13,7 +13,7 @@ build_packages=(
   libfreetype-dev libjpeg-dev libssl-dev
   wordnet-base
 )
-test_packages=(libgtest-dev libgmock-dev)
+test_packages=(libgtest-dev libgmock-dev dbus-daemon)
 # To fuzz: the compiler, its sanitizers and fuzzer, and what gives their reports names.
 fuzz_packages=(clang libclang-rt-14-dev llvm)
 

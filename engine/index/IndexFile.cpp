@@ -52,6 +52,8 @@ CREATE TABLE term(word TEXT PRIMARY KEY, documents INTEGER NOT NULL) WITHOUT ROW
 CREATE VIRTUAL TABLE words USING fts5(text, content='', columnsize=0, tokenize='velmora_feed');
 )";
 
+constexpr std::chrono::milliseconds kBusyWait = std::chrono::seconds(10);
+constexpr int kSharedSpillPages = 24'576;    // 192 MB
 constexpr qint64 kRoomForLocks = 1 << 16; // bytes, of the shared memory beside the file
 
 bool IsForLackOfLocks(const sqlite::Error& error) {
@@ -101,41 +103,78 @@ IndexError Translate(const sqlite::Error& error) {
     return {fault(), error.Message()};
 }
 
+void HoldAloneIfFar(sqlite::Database& database, const std::string& path) {
+    if (platform::IsNetworkFileSystem(PathText(path)))
+        database.SetPragma("locking_mode", "EXCLUSIVE");
+}
+
+void DropTheLog(sqlite::Database& database, bool network) {
+    // Where somebody here has it open with its log, that does no harm as long as all are here, and
+    // those on other computers are told that it is in use: the next run will do it.
+    database.SetBusyTimeout(network ? kBusyWait : std::chrono::milliseconds(0));
+    try {
+        database.SetPragma("journal_mode", "TRUNCATE");
+    } catch (const sqlite::Error& error) {
+        if (network || error.Kind() != sqlite::ErrorKind::Busy)
+            throw;
+    }
+    database.SetBusyTimeout(kBusyWait);
+}
+
 IndexFile::IndexFile(const std::string& path, IndexMode mode, const std::string& alphabet) {
     const int reason = access(path.c_str(), F_OK) == 0 ? 0 : errno;
     if (mode == IndexMode::Search && reason != 0)
         throw IndexError(reason == ENOENT ? IndexFault::Missing : IndexFault::NoRights,
                          std::strerror(reason));
+    const bool writes = mode != IndexMode::Search;
+    const bool network = platform::IsNetworkFileSystem(PathText(path));
     try {
         try {
-            Open(path, mode);
+            Open(path, mode, network);
         } catch (const sqlite::Error& error) {
-            if (mode == IndexMode::Update || !IsForLackOfLocks(error) || !HasNoRoom(path))
+            if (writes || !IsForLackOfLocks(error) || !HasNoRoom(path))
                 throw;
             OpenUnguarded(path);
         }
-        const bool network = platform::IsNetworkFileSystem(PathText(path));
         Configure(mode, network);
-        if (mode == IndexMode::Update && reason == ENOENT)
+        if (writes && reason == ENOENT)
             CreateTables(alphabet);
         Check(alphabet);
-        if (mode == IndexMode::Update)
-            PrepareWriting(network);
+        if (writes)
+            PrepareWriting(network || mode == IndexMode::UpdateShared, network);
     } catch (const sqlite::Error& error) {
         throw Translate(error);
     }
 }
 
 // Reads enough to know that it can be read.
-void IndexFile::Open(const std::string& path, IndexMode mode) {
+void IndexFile::Open(const std::string& path, IndexMode mode, bool network) {
+    const bool writes = mode != IndexMode::Search;
     sqlite::OpenOptions options;
-    options.mode = mode == IndexMode::Update ? sqlite::OpenMode::Create : sqlite::OpenMode::ReadWrite;
-    options.busyTimeout = std::chrono::seconds(10);
+    options.mode = writes ? sqlite::OpenMode::Create : sqlite::OpenMode::ReadWrite;
+    options.busyTimeout = kBusyWait;
     m_database = sqlite::Database(path, options);
     // The larger page pays: long lists of places stand in few of them.
-    if (mode == IndexMode::Update)
+    if (writes)
         m_database.SetPragma("page_size", "8192");
+    HoldAloneIfFar(m_database, path);
     (void)m_database.ReadPragmaInt("schema_version");
+    if (network)
+        LeaveTheLog(path, mode);
+}
+
+// An index that was written on the server's own disk may have a log. Nobody else has it open, or
+// it could not have been read.
+void IndexFile::LeaveTheLog(const std::string& path, IndexMode mode) {
+    if (m_database.ReadPragma("journal_mode") == "wal") {
+        if (mode == IndexMode::Search) {
+            m_database.Close(); // brings the log into the file
+            OpenUnguarded(path);
+            return;
+        }
+        m_database.SetPragma("journal_mode", "TRUNCATE");
+    }
+    m_database.SetPragma("locking_mode", "NORMAL"); // in force from the next statement on
 }
 
 // Without room for the database's locks a search can still be had: nothing can be written there by
@@ -159,10 +198,16 @@ void IndexFile::Configure(IndexMode mode, bool network) {
 
 // A log beside the file lets people search while it is written, but needs shared memory, which a
 // network file system does not give.
-void IndexFile::PrepareWriting(bool network) {
-    m_database.SetPragma("journal_mode", network ? "TRUNCATE" : "WAL");
-    m_database.SetPragma("synchronous", network ? "FULL" : "NORMAL");
+void IndexFile::PrepareWriting(bool shared, bool network) {
+    if (shared)
+        DropTheLog(m_database, network);
+    else
+        m_database.SetPragma("journal_mode", "WAL");
+    m_database.SetPragma("synchronous", shared ? "FULL" : "NORMAL");
     m_database.SetPragma("journal_size_limit", "67108864");
+    if (shared)
+        // Without a log, pages that go to the file before the commit shut all searches out.
+        m_database.SetPragma("cache_spill", std::to_string(kSharedSpillPages));
 }
 
 void IndexFile::CreateTables(const std::string& alphabet) {

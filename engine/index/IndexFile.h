@@ -41,9 +41,16 @@ inline constexpr const char* kIndexFileName = "index_a.ix";
 inline constexpr int kIndexVersion = 1; // of the tables
 inline constexpr int kApplicationId = 0x564D4958; // "VMIX": marks the file as an index
 
+// On a network share, before the first read: whoever has a log beside the file to himself needs no
+// shared memory for it, which would not be shared with other computers.
+void HoldAloneIfFar(sqlite::Database& database, const std::string& path);
+// A journal in place of the log. On a local disk the log stays when others have the file open.
+void DropTheLog(sqlite::Database& database, bool network);
+
 enum class IndexMode : std::uint8_t {
-    Search, // the index must exist; nothing is written
-    Update, // made when it is missing
+    Search,       // the index must exist; nothing is written
+    Update,       // made when it is missing
+    UpdateShared, // the same; other computers may open it meanwhile, over a network
 };
 
 // One connection to one index. Belongs to one thread.
@@ -62,10 +69,11 @@ class IndexFile {
     void SetMeta(const std::string& name, const std::string& value);
 
   private:
-    void Open(const std::string& path, IndexMode mode);
+    void Open(const std::string& path, IndexMode mode, bool network);
+    void LeaveTheLog(const std::string& path, IndexMode mode);
     void OpenUnguarded(const std::string& path);
     void Configure(IndexMode mode, bool network);
-    void PrepareWriting(bool network);
+    void PrepareWriting(bool shared, bool network);
     void CreateTables(const std::string& alphabet);
     void Check(const std::string& alphabet);
 

@@ -3,9 +3,10 @@
 #include "engine/index/IndexLock.h"
 
 #include "engine/index/IndexFile.h"
+#include "engine/index/Paths.h"
+#include "platform/FileLocks.h"
 
 #include <fcntl.h>
-#include <sys/file.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -23,10 +24,20 @@ std::string LockPath(const std::string& indexPath) {
     return indexPath + ".lock";
 }
 
+// 0, or the errno value of the refusal; EWOULDBLOCK: somebody else has it.
+int Lock(int file, short kind) {
+    struct flock lock {};
+    lock.l_type = kind;
+    lock.l_whence = SEEK_SET; // all of the file
+    if (fcntl(file, F_OFD_SETLK, &lock) == 0)
+        return 0;
+    return errno == EACCES ? EWOULDBLOCK : errno;
+}
+
 int TakeFor(int file, int tries) {
-    while (flock(file, LOCK_EX | LOCK_NB) != 0) {
-        if (errno != EWOULDBLOCK || --tries == 0)
-            return errno;
+    for (int reason = 0; (reason = Lock(file, F_WRLCK)) != 0;) {
+        if (reason != EWOULDBLOCK || --tries == 0)
+            return reason;
         std::this_thread::sleep_for(kPause);
     }
     return 0;
@@ -55,7 +66,21 @@ WriterLock::~WriterLock() {
 ReaderHold::ReaderHold(const std::string& indexPath)
     : m_file(open(LockPath(indexPath).c_str(), O_RDONLY | O_CLOEXEC)) {
     if (m_file >= 0)
-        m_holds = flock(m_file, LOCK_SH | LOCK_NB) == 0 || errno != EWOULDBLOCK;
+        m_holds = Lock(m_file, F_RDLCK) != EWOULDBLOCK;
+}
+
+void RequireLocks(const std::string& folder) {
+    const platform::LockTrust trust = platform::LocksIn(PathText(folder));
+    const std::string why = trust.why.isEmpty() ? "" : " (" + trust.why.toStdString() + ")";
+    switch (trust.scope) {
+    case platform::LockScope::Everywhere:
+        return;
+    case platform::LockScope::ThisMachine:
+        throw IndexError(IndexFault::Other,
+                         "other computers do not see the file locks of this share" + why);
+    case platform::LockScope::Nowhere:
+        throw IndexError(IndexFault::Other, "file locks do not work on this share" + why);
+    }
 }
 
 ReaderHold::~ReaderHold() {

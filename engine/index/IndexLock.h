@@ -8,6 +8,9 @@ namespace engine {
 
 // The right to write the index, held through a lock file beside it until destroyed. Ends with the
 // process, however that ends.
+//
+// The lock is one on bytes, of the open file: of all kinds that alone is seen by programs on the
+// server itself and, over NFS or SMB, on other computers.
 class WriterLock {
   public:
     // Waits about a second for searches that hold a ReaderHold. Throws IndexError Busy when another
@@ -35,5 +38,9 @@ class ReaderHold {
     int m_file = -1;
     bool m_holds = true; // without a lock file nobody has ever written here
 };
+
+// Throws IndexError Other when the folder (machine path) lies on a share where locks cannot be
+// relied on: two who write at once would damage the index.
+void RequireLocks(const std::string& folder);
 
 } // namespace engine

@@ -18,6 +18,10 @@
 namespace engine {
 namespace {
 
+// Where searches have to wait for a commit.
+constexpr std::uint64_t kSharedCommitText = std::uint64_t{16} << 20; // bytes
+constexpr int kSharedCommitTime = 5;                                 // seconds
+
 constexpr std::size_t kWorkerMemory = std::size_t{1} << 30;
 
 std::string Words(workers::Ending ending, const std::string& message) {
@@ -78,6 +82,7 @@ void IndexRun::Run() {
                          (folder + QStringLiteral(": ") + error.text).toStdString());
     const std::string file =
         platform::EncodeName(folder + QLatin1Char('/')).toStdString() + kIndexFileName;
+    RequireLocks(platform::EncodeName(folder).toStdString());
     m_lock.emplace(file);
     const std::string cutShort = CutShort(file);
     m_fresh.emplace(file);
@@ -104,13 +109,24 @@ void IndexRun::Run() {
     Mend(file, file);
 }
 
+IndexMode IndexRun::WritingMode() const {
+    return m_job.Shared ? IndexMode::UpdateShared : IndexMode::Update;
+}
+
+CommitBounds IndexRun::Bounds() const {
+    CommitBounds bounds{m_job.CommitText, std::chrono::seconds(m_job.CommitTime)};
+    if (m_job.Shared || platform::IsNetworkFileSystem(platform::ToMachine(m_job.IndexPath))) {
+        bounds = {std::min(m_job.CommitText, kSharedCommitText),
+                  std::chrono::seconds(std::min(m_job.CommitTime, kSharedCommitTime))};
+    }
+    return bounds;
+}
+
 void IndexRun::RunInto(const std::string& indexFile, bool created) {
     if (created)
         m_progress.SetStep(2);
-    m_index = std::make_unique<IndexFile>(indexFile, IndexMode::Update, m_alphabet.Canonical());
-    m_store = std::make_unique<DocumentStore>(
-        *m_index, m_alphabet,
-        CommitBounds{m_job.CommitText, std::chrono::seconds(m_job.CommitTime)});
+    m_index = std::make_unique<IndexFile>(indexFile, WritingMode(), m_alphabet.Canonical());
+    m_store = std::make_unique<DocumentStore>(*m_index, m_alphabet, Bounds());
     try {
         RemoveListed();
         for (const QString& folder : m_job.ToRemoveFolders)

@@ -31,6 +31,8 @@ class IndexRun {
         bool provisional = false;  // row says "read again" until all members are in
     };
 
+    [[nodiscard]] IndexMode WritingMode() const;
+    [[nodiscard]] CommitBounds Bounds() const;
     void RunInto(const std::string& indexFile, bool created);
     // Making an index anew: IndexRunAnew.cpp.
     void Create();

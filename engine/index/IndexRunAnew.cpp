@@ -39,7 +39,7 @@ class Removals {
 // The first index shows itself with its tables: a file without any is then known to be damaged.
 void IndexRun::Create() {
     m_index =
-        std::make_unique<IndexFile>(m_fresh->Path(), IndexMode::Update, m_alphabet.Canonical());
+        std::make_unique<IndexFile>(m_fresh->Path(), WritingMode(), m_alphabet.Canonical());
     SettleAndClose();
     (void)m_fresh->TakePlace();
 }
@@ -51,7 +51,7 @@ void IndexRun::Rebuild(const std::string& indexFile, bool damaged) {
     if (m_report.aborted)
         return;
     if (!damaged && OpensAsIndex(indexFile)) {
-        m_fresh->CopyOver(*m_index);
+        m_fresh->CopyOver(*m_index, m_job.Shared);
     } else {
         SettleAndClose();
         m_report.damagedKept = PathText(m_fresh->TakePlace());

@@ -13,6 +13,8 @@ namespace engine {
 namespace {
 
 constexpr auto kInterval = std::chrono::milliseconds(33);
+// What a handler that does not come back for a while finds waiting: no log shows more.
+constexpr std::size_t kMostFiles = 2000;
 
 } // namespace
 
@@ -29,31 +31,35 @@ void Progress::SetPercent(int percent) {
 
 void Progress::SetFile(std::string name, int percent) {
     const std::lock_guard lock(m_mutex);
-    m_file = std::move(name);
+    m_files.push_back(std::move(name));
+    if (m_files.size() > kMostFiles)
+        m_files.pop_front();
     m_filePercent = percent;
-    m_newFile = true;
 }
 
 void Progress::Tell(StatusHandler& handler) {
     std::vector<int> steps;
     std::optional<int> percent;
-    std::optional<std::string> file;
+    std::deque<std::string> files;
     int filePercent = 0;
     {
         const std::lock_guard lock(m_mutex);
         steps.swap(m_steps);
         if (m_percent != m_toldPercent)
             percent = m_toldPercent = m_percent;
-        if (std::exchange(m_newFile, false))
-            file = m_file;
+        files.swap(m_files);
         filePercent = m_filePercent;
     }
     for (const int step : steps)
         handler.ReceiveStep(step);
     if (percent)
         handler.ReceiveProgress(*percent);
-    if (file)
-        handler.ReceiveFileInfo(platform::DecodeName(QByteArray::fromStdString(*file)), filePercent);
+    if (!files.empty()) {
+        QStringList names;
+        for (const std::string& file : files)
+            names << platform::DecodeName(QByteArray::fromStdString(file));
+        handler.ReceiveFiles(names, filePercent);
+    }
     if (handler.CheckForAbort())
         m_aborted = true;
 }

@@ -4,6 +4,7 @@
 
 #include <atomic>
 #include <condition_variable>
+#include <deque>
 #include <functional>
 #include <mutex>
 #include <string>
@@ -32,9 +33,8 @@ class Progress {
     std::condition_variable m_woken;
     std::vector<int> m_steps; // not yet told
     int m_percent = 0, m_toldPercent = -1;
-    std::string m_file;
+    std::deque<std::string> m_files; // not yet told
     int m_filePercent = 0;
-    bool m_newFile = false;
     bool m_finished = false;
     std::atomic<bool> m_aborted{false};
 };

@@ -143,8 +143,13 @@ void Replacement::Settle(IndexFile& fresh) {
         throw IndexError(IndexFault::Busy, "the new index is in use");
 }
 
-void Replacement::CopyOver(IndexFile& fresh) const {
-    sqlite::Database target(m_indexFile, {sqlite::OpenMode::ReadWrite, std::chrono::seconds(30)});
+void Replacement::CopyOver(IndexFile& fresh, bool shared) const {
+    sqlite::Database target(m_indexFile, {sqlite::OpenMode::ReadWrite, {}});
+    const bool network = platform::IsNetworkFileSystem(PathText(m_indexFile));
+    HoldAloneIfFar(target, m_indexFile);
+    if (shared || network)
+        DropTheLog(target, network);
+    target.SetBusyTimeout(std::chrono::seconds(30));
     sqlite3_backup* backup =
         sqlite3_backup_init(target.Handle(), "main", fresh.Db().Handle(), "main");
     if (backup == nullptr)
@@ -180,6 +185,7 @@ bool OpensAsIndex(const std::string& indexFile) {
     try {
         sqlite::Database database(indexFile,
                                   {sqlite::OpenMode::ReadWrite, std::chrono::seconds(10)});
+        HoldAloneIfFar(database, indexFile);
         return database.ReadPragmaInt("application_id") == kApplicationId &&
                sqlite::QueryInt64(database, "SELECT count(*) FROM sqlite_schema").value_or(0) > 0;
     } catch (const sqlite::Error& error) {

@@ -26,7 +26,8 @@ class Replacement {
     static void Settle(IndexFile& fresh);
     // Copies the new index over a sound old one, through the database: those who are searching see
     // either the old or the new content.
-    void CopyOver(IndexFile& fresh) const;
+    // shared: the old one is to lose its log.
+    void CopyOver(IndexFile& fresh, bool shared) const;
     // Puts the new index, settled and closed, in the place of an old one that is damaged or not
     // there. Answers where the damaged one is kept; empty when there was none.
     [[nodiscard]] std::string TakePlace() const;

@@ -179,6 +179,7 @@ class HtmlReading {
     void Image();
     void Meta();
     void Title();
+    void Field(std::string_view name, const std::string& value);
 
     HtmlScanner m_scanner;
     Flow& m_flow;
@@ -343,14 +344,18 @@ void HtmlReading::Title() {
     if (m_titleSeen || m_scanner.SelfClosed())
         return;
     m_titleSeen = true;
-    const std::string title = OneLine(DecodeReferences(m_scanner.RawText(false)));
-    if (m_parts.fields != nullptr && !title.empty())
-        m_parts.fields->Field("title", title);
+    Field("title", OneLine(DecodeReferences(m_scanner.RawText(false))));
+}
+
+void HtmlReading::Field(std::string_view name, const std::string& value) {
+    if (m_parts.fields == nullptr || value.empty())
+        return;
+    // In the midst of a text the words before it come first, whether pictures are wanted or not.
+    m_flow.EndParagraph();
+    m_parts.fields->Field(name, value);
 }
 
 void HtmlReading::Meta() {
-    if (m_parts.fields == nullptr)
-        return;
     constexpr std::array<std::pair<std::string_view, std::string_view>, 10> kFields{{
         {"author", "author"},
         {"dc.creator", "author"},
@@ -368,9 +373,7 @@ void HtmlReading::Meta() {
                                            [&](const auto& field) { return field.first == name; });
     if (found == kFields.end())
         return;
-    const std::string value = OneLine(m_scanner.Attribute("content"));
-    if (!value.empty())
-        m_parts.fields->Field(found->second, value);
+    Field(found->second, OneLine(m_scanner.Attribute("content")));
 }
 
 void HtmlReading::Image() {

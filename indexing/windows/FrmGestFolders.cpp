@@ -11,6 +11,8 @@
 #include "resources/icons/Icons.h"
 #include "ui_FrmGestFolders.h"
 
+#include <QShortcut>
+
 using namespace Qt::StringLiterals;
 
 namespace velmora {
@@ -19,15 +21,32 @@ FrmGestFolders::FrmGestFolders(QWidget* parent)
     : QDialog(parent), m_ui(std::make_unique<Ui::FrmGestFolders>()) {
     m_ui->setupUi(this);
     AssignHBCaption(this);
-    m_ui->lvwIndexedFolders->header()->setSectionResizeMode(0, QHeaderView::ResizeToContents);
+    FolderPane& list = *m_ui->lvwIndexedFolders;
+    LocalTree& tree = *m_ui->treLocalResource;
+    list.header()->setSectionResizeMode(0, QHeaderView::ResizeToContents);
+    list.SetPartner(tree, true);
+    tree.SetPartner(list, false);
+    m_ui->cmdRight->setIcon(LineIcon(u"move-right"_s));
+    m_ui->cmdLeft->setIcon(LineIcon(u"move-left"_s));
     m_ui->cmdAddNewFolder->setIcon(LineIcon(u"folder-add"_s));
-    m_ui->cmdLeft->setIcon(LineIcon(u"folder-remove"_s));
+    connect(m_ui->cmdRight, &QPushButton::clicked, this, &FrmGestFolders::cmdRight_Click);
+    connect(m_ui->cmdLeft, &QPushButton::clicked, this, &FrmGestFolders::cmdLeft_Click);
     connect(m_ui->cmdAddNewFolder, &QPushButton::clicked, this,
             &FrmGestFolders::cmdAddNewFolder_Click);
-    connect(m_ui->cmdLeft, &QPushButton::clicked, this, &FrmGestFolders::cmdLeft_Click);
     connect(m_ui->cmdClose, &QPushButton::clicked, this, &QDialog::accept);
-    connect(m_ui->lvwIndexedFolders, &QTreeWidget::itemSelectionChanged, this,
-            &FrmGestFolders::UpdateButtons);
+    connect(&list, &QTreeWidget::itemSelectionChanged, this, &FrmGestFolders::UpdateButtons);
+    connect(&tree, &QTreeWidget::itemSelectionChanged, this, &FrmGestFolders::UpdateButtons);
+    connect(&list, &QTreeWidget::itemDoubleClicked, this, &FrmGestFolders::cmdLeft_Click);
+    connect(&list, &FolderPane::FoldersDropped, this, &FrmGestFolders::FoldersDropped,
+            Qt::QueuedConnection);
+    // What can be dropped there is the one folder that was dragged, which is the selected one.
+    connect(&tree, &FolderPane::FoldersDropped, this, &FrmGestFolders::cmdLeft_Click,
+            Qt::QueuedConnection);
+    connect(new QShortcut(Qt::Key_Insert, &tree, nullptr, nullptr, Qt::WidgetShortcut),
+            &QShortcut::activated, this, &FrmGestFolders::cmdRight_Click);
+    connect(new QShortcut(Qt::Key_Delete, &list, nullptr, nullptr, Qt::WidgetShortcut),
+            &QShortcut::activated, this, &FrmGestFolders::cmdLeft_Click);
+    tree.InitializeTreeView();
     LoadIdxedFolders();
 }
 
@@ -39,19 +58,29 @@ void FrmGestFolders::LoadIdxedFolders() {
     for (const IndexedFolder& folder : std::as_const(m_folders)) {
         const QString shown = platform::DisplayPath(folder.path);
         auto* item = new QTreeWidgetItem(m_ui->lvwIndexedFolders, {folder.description, shown});
-        item->setIcon(0, LineIcon(u"folder"_s));
+        item->setIcon(0, FolderIcon(folder.iconId));
+        item->setData(0, FolderPane::kPathRole, shown);
+        item->setToolTip(0, shown.toHtmlEscaped());
         item->setToolTip(1, shown.toHtmlEscaped());
     }
     UpdateButtons();
 }
 
 void FrmGestFolders::UpdateButtons() {
+    m_ui->cmdRight->setEnabled(!m_ui->treLocalResource->SelectedPath().isEmpty());
     m_ui->cmdLeft->setEnabled(!m_ui->lvwIndexedFolders->selectedItems().isEmpty());
 }
 
 void FrmGestFolders::AddIdxdFolders(const QString& path) {
     if (velmora::AddIdxdFolders(path, m_changes)) {
         LoadIdxedFolders();
+    }
+}
+
+void FrmGestFolders::cmdRight_Click() {
+    const QString path = m_ui->treLocalResource->SelectedPath();
+    if (!path.isEmpty()) {
+        AddIdxdFolders(platform::ToLogical(path));
     }
 }
 
@@ -64,8 +93,14 @@ void FrmGestFolders::cmdAddNewFolder_Click() {
 
 void FrmGestFolders::cmdLeft_Click() {
     const int row = m_ui->lvwIndexedFolders->currentIndex().row();
-    if (row >= 0 && RemoveIdxdFolders(m_folders.at(row), m_changes)) {
+    if (m_ui->cmdLeft->isEnabled() && row >= 0 && RemoveIdxdFolders(m_folders.at(row), m_changes)) {
         LoadIdxedFolders();
+    }
+}
+
+void FrmGestFolders::FoldersDropped(const QStringList& paths) {
+    for (const QString& path : paths) {
+        AddIdxdFolders(platform::ToLogical(path));
     }
 }
 

@@ -13,8 +13,10 @@ class FrmGestFolders;
 
 namespace velmora {
 
-// Changes of the list take effect at once; what they mean for the index is gathered and done in
-// one run when the window closes.
+// On the left the folders of this machine, on the right those in the index; folders go over by
+// buttons, keys (Insert, Delete) and dragging, from a file manager too. Changes of the list take
+// effect at once; what they mean for the index is gathered and done in one run when the window
+// closes.
 class FrmGestFolders : public QDialog {
     Q_OBJECT
 
@@ -31,8 +33,10 @@ class FrmGestFolders : public QDialog {
   private:
     void LoadIdxedFolders();
     void AddIdxdFolders(const QString& path);
+    void cmdRight_Click();
     void cmdAddNewFolder_Click();
     void cmdLeft_Click();
+    void FoldersDropped(const QStringList& paths);
     void UpdateButtons();
 
     std::unique_ptr<Ui::FrmGestFolders> m_ui;

@@ -9,10 +9,12 @@
 #include "core/windows/Captions.h"
 #include "core/windows/Looks.h"
 #include "indexing/MessageIds.h"
+#include "indexing/UnreadDocuments.h"
 #include "indexing/windows/ProblemModel.h"
 #include "ui_FrmUpdateIndex.h"
 
 #include <QClipboard>
+#include <QSortFilterProxyModel>
 #include <QTimer>
 
 namespace velmora {
@@ -20,16 +22,20 @@ namespace velmora {
 namespace {
 
 constexpr int kStartMs = 100;
-constexpr int kProblemsWidth = 860; // paths and reasons side by side
+constexpr int kProblemsWidth = 900; // names, reasons and folders side by side
+constexpr int kTimeLeftMs = 1000;
 
 } // namespace
 
 FrmUpdateIndex::FrmUpdateIndex(QWidget* parent)
     : QDialog(parent), m_ui(std::make_unique<Ui::FrmUpdateIndex>()),
-      m_tmrStartIdx(new QTimer(this)) {
+      m_tmrStartIdx(new QTimer(this)), m_tmrTimeLeft(new QTimer(this)) {
     m_ui->setupUi(this);
     AssignHBCaption(this);
     MakeHeading(*m_ui->lblStatus);
+    m_clock.start();
+    m_tmrTimeLeft->setInterval(kTimeLeftMs);
+    connect(m_tmrTimeLeft, &QTimer::timeout, this, &FrmUpdateIndex::ShowTimeLeft);
     m_tmrStartIdx->setObjectName(u"tmrStartIdx");
     m_tmrStartIdx->setInterval(kStartMs);
     m_tmrStartIdx->setSingleShot(true);
@@ -38,6 +44,7 @@ FrmUpdateIndex::FrmUpdateIndex(QWidget* parent)
     connect(m_ui->cmdClose, &QPushButton::clicked, this, &QDialog::accept);
     connect(m_ui->cmdCopyList, &QPushButton::clicked, this, &FrmUpdateIndex::cmdCopyList_Click);
     connect(m_ui->cmdRetry, &QPushButton::clicked, this, &FrmUpdateIndex::cmdRetry_Click);
+    connect(m_ui->cmdLedger, &QPushButton::clicked, this, &FrmUpdateIndex::cmdLedger_Click);
     connect(m_ui->chkAutoShutDown, &QCheckBox::toggled, this,
             &FrmUpdateIndex::chkAutoShutDown_Click);
 }
@@ -50,7 +57,14 @@ void FrmUpdateIndex::TickAutoShutDown() {
 
 void FrmUpdateIndex::showEvent(QShowEvent* event) {
     QDialog::showEvent(event);
-    if (!event->spontaneous()) {
+    if (event->spontaneous()) {
+        return;
+    }
+    if (OnlyLedger) {
+        ShowStep(GetMessage(kAllUnread));
+        SetRunning(false);
+        cmdLedger_Click();
+    } else {
         Form_Load();
     }
 }
@@ -65,13 +79,7 @@ void FrmUpdateIndex::Form_Load() {
         m_ui->chkAutoShutDown->setChecked(false);
     }
     ShutDownPC = m_ui->chkAutoShutDown->isChecked();
-    m_ui->stkPages->setCurrentWidget(m_ui->pagRun);
-    m_ui->cmdAnnulla->setVisible(true);
-    m_ui->cmdAnnulla->setEnabled(true);
-    m_ui->cmdClose->setVisible(false);
-    m_ui->cmdCopyList->setVisible(false);
-    m_ui->cmdRetry->setVisible(false);
-    m_ui->aniIdx->setVisible(true);
+    SetRunning(true);
     m_ui->prgTotal->setValue(0);
     m_ui->prgPage->setValue(0);
     m_ui->txtLog->clear();
@@ -114,31 +122,66 @@ void FrmUpdateIndex::chkAutoShutDown_Click() {
     ShutDownPC = m_ui->chkAutoShutDown->isChecked();
 }
 
-void FrmUpdateIndex::ShowProblems() {
-    delete m_ui->lvwProblems->model(); // of an earlier run
-    auto* model = new ProblemModel(IndexReport.problems, this);
-    resize(std::max(width(), kProblemsWidth), height());
-    m_ui->lvwProblems->setModel(model);
-    m_ui->lvwProblems->header()->setSectionResizeMode(ProblemModel::File, QHeaderView::Stretch);
-    m_ui->lvwProblems->header()->setStretchLastSection(false);
-    m_ui->lvwProblems->resizeColumnToContents(ProblemModel::State);
-    m_ui->lvwProblems->setColumnWidth(ProblemModel::Reason, width() / 3);
-    m_ui->lblProblems->setText(GetMessage(kUnreadCount, {QString::number(model->rowCount())}));
-    ShowStep(SummaryMessage(*this));
-    m_ui->aniIdx->setVisible(false);
+// One page for the run, one for what could not be read, each with its own buttons.
+void FrmUpdateIndex::SetRunning(bool running) {
+    m_ui->stkPages->setCurrentWidget(running ? m_ui->pagRun : m_ui->pagProblems);
+    m_ui->aniIdx->setVisible(running);
+    m_ui->aniIdx->SetRunning(running);
+    m_ui->cmdAnnulla->setVisible(running);
+    m_ui->cmdAnnulla->setEnabled(running);
+    for (QPushButton* button :
+         {m_ui->cmdCopyList, m_ui->cmdRetry, m_ui->cmdLedger, m_ui->cmdClose}) {
+        button->setVisible(!running);
+    }
+    m_ui->cmdLedger->setEnabled(true);
+    m_timeLeft = TimeLeft();
+    ShowTimeLeft();
+    if (running) {
+        m_tmrTimeLeft->start();
+        return;
+    }
+    m_tmrTimeLeft->stop();
     m_ui->chkAutoShutDown->setVisible(false);
-    m_ui->cmdAnnulla->setVisible(false);
-    m_ui->cmdCopyList->setVisible(true);
-    m_ui->cmdRetry->setVisible(true);
-    m_ui->cmdClose->setVisible(true);
     m_ui->cmdClose->setDefault(true);
-    m_ui->stkPages->setCurrentWidget(m_ui->pagProblems);
     m_ui->cmdClose->setFocus();
 }
 
+void FrmUpdateIndex::ShowProblems() {
+    ShowStep(SummaryMessage(*this));
+    SetRunning(false);
+    List(IndexReport.problems, kUnreadCount);
+}
+
+void FrmUpdateIndex::List(std::vector<engine::Problem> problems, int heading) {
+    const std::unique_ptr<QAbstractItemModel> earlier(m_ui->lvwProblems->model());
+    auto* sorted = new QSortFilterProxyModel(this);
+    auto* model = new ProblemModel(std::move(problems), sorted);
+    sorted->setSourceModel(model);
+    m_ui->lvwProblems->setModel(sorted);
+    m_ui->lvwProblems->sortByColumn(-1, Qt::AscendingOrder); // as they were read
+    resize(std::max(width(), kProblemsWidth), height());
+    QHeaderView& header = *m_ui->lvwProblems->header();
+    header.setSectionResizeMode(ProblemModel::File, QHeaderView::Stretch);
+    header.setStretchLastSection(false);
+    m_ui->lvwProblems->resizeColumnToContents(ProblemModel::State);
+    m_ui->lvwProblems->setColumnWidth(ProblemModel::Reason, width() / 4);
+    m_ui->lvwProblems->setColumnWidth(ProblemModel::Folder, width() / 4);
+    m_ui->lblProblems->setText(GetMessage(heading, {QString::number(model->rowCount())}));
+    m_ui->cmdRetry->setEnabled(model->rowCount() > 0);
+    m_ui->cmdCopyList->setEnabled(model->rowCount() > 0);
+}
+
+// All that is not read in the index, from earlier runs too; what is tried again is then all of it.
+void FrmUpdateIndex::cmdLedger_Click() {
+    m_added.reset();
+    UpdateAll = true;
+    m_ui->cmdLedger->setEnabled(false);
+    List(ListUnreadDocuments(), kLedgerCount);
+}
+
 void FrmUpdateIndex::cmdCopyList_Click() {
-    QApplication::clipboard()->setText(
-        static_cast<ProblemModel*>(m_ui->lvwProblems->model())->AsText());
+    const auto* sorted = static_cast<QSortFilterProxyModel*>(m_ui->lvwProblems->model());
+    QApplication::clipboard()->setText(static_cast<ProblemModel*>(sorted->sourceModel())->AsText());
 }
 
 void FrmUpdateIndex::cmdRetry_Click() {
@@ -154,6 +197,11 @@ void FrmUpdateIndex::ShowStep(const QString& text) {
 
 void FrmUpdateIndex::SetTotalProgress(int percent) {
     m_ui->prgTotal->setValue(percent);
+    m_timeLeft.Tell(percent, TimeLeft::Time(m_clock.elapsed()));
+}
+
+void FrmUpdateIndex::ShowTimeLeft() {
+    m_ui->lblTimeLeft->setText(TimeLeftMessage(m_timeLeft.Left(TimeLeft::Time(m_clock.elapsed()))));
 }
 
 void FrmUpdateIndex::SetFileProgress(int percent) {

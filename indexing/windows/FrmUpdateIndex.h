@@ -3,9 +3,11 @@
 #pragma once
 
 #include "indexing/IndexedFolders.h"
+#include "indexing/TimeLeft.h"
 #include "indexing/UpdateIndex.h"
 
 #include <QDialog>
+#include <QElapsedTimer>
 #include <memory>
 
 namespace Ui {
@@ -19,14 +21,18 @@ namespace velmora {
 //   window.UpdateAll = true;
 //   window.exec();
 // The window goes away by itself, but for documents that could not be read: it then stays to list
-// them until it is closed, and offers to try them again, which is another run over the same. In an
-// unattended run, after a cancel, and when the machine is to be switched off it never stays.
+// them until it is closed, and offers to try them again, which is another run over the same, and
+// all others of the index. In an unattended run, after a cancel, and when the machine is to be
+// switched off it never stays. With OnlyLedger it lists what is not read in the whole index, and
+// runs only when the person wants to try again.
 class FrmUpdateIndex : public QDialog, public UpdateMembers, private UpdateView {
     Q_OBJECT
 
   public:
     explicit FrmUpdateIndex(QWidget* parent = nullptr);
     ~FrmUpdateIndex() override;
+
+    bool OnlyLedger = false; // in
 
     // Ticks chkAutoShutDown before the window is shown.
     void TickAutoShutDown();
@@ -44,7 +50,11 @@ class FrmUpdateIndex : public QDialog, public UpdateMembers, private UpdateView 
     void chkAutoShutDown_Click();
     void cmdCopyList_Click();
     void cmdRetry_Click();
+    void cmdLedger_Click();
+    void SetRunning(bool running);
     void ShowProblems();
+    void List(std::vector<engine::Problem> problems, int heading);
+    void ShowTimeLeft();
 
     void ShowStep(const QString& text) override;
     void SetTotalProgress(int percent) override;
@@ -55,6 +65,9 @@ class FrmUpdateIndex : public QDialog, public UpdateMembers, private UpdateView 
 
     std::unique_ptr<Ui::FrmUpdateIndex> m_ui;
     QTimer* m_tmrStartIdx;
+    QTimer* m_tmrTimeLeft;
+    QElapsedTimer m_clock; // since the window was made
+    TimeLeft m_timeLeft;
     std::optional<PathDictionary> m_added;  // in the last run
     std::unique_ptr<UpdateStatus> m_status; // from the showing of the window to the run's end
 };

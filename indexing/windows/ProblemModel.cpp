@@ -1,10 +1,11 @@
-// The documents that a run could not read, as a table.
+// Documents that could not be read, as a table.
 // SPDX-License-Identifier: AGPL-3.0-or-later
 #include "indexing/windows/ProblemModel.h"
 
 #include "core/Messages.h"
 #include "indexing/EngineWords.h"
 #include "indexing/MessageIds.h"
+#include "indexing/UnreadDocuments.h"
 
 namespace velmora {
 
@@ -20,7 +21,9 @@ QString ProblemModel::Text(int row, int column) const {
     const engine::Problem& problem = m_problems[static_cast<std::size_t>(row)];
     switch (column) {
     case File:
-        return problem.file;
+        return PlaceOf(problem).name;
+    case Folder:
+        return PlaceOf(problem).folder;
     case State:
         return StateMessage(problem.state);
     default:
@@ -41,14 +44,15 @@ QVariant ProblemModel::headerData(int section, Qt::Orientation orientation, int 
     if (orientation != Qt::Horizontal || role != Qt::DisplayRole) {
         return {};
     }
-    constexpr int kHeadings[] = {106, kStateHeading, kReasonHeading};
+    constexpr int kHeadings[] = {106, kStateHeading, kReasonHeading, kFolderHeading};
     return GetMessage(kHeadings[section]);
 }
 
 QString ProblemModel::AsText() const {
     QString text;
     for (int row = 0; row < rowCount(); ++row) {
-        text += Text(row, File) + u'\t' + Text(row, State) + u'\t' + Text(row, Reason) + u'\n';
+        text += m_problems[static_cast<std::size_t>(row)].file + u'\t' + Text(row, State) + u'\t' +
+                Text(row, Reason) + u'\n';
     }
     return text;
 }

@@ -1,4 +1,4 @@
-// The documents that a run could not read, as a table.
+// Documents that could not be read, as a table.
 // SPDX-License-Identifier: AGPL-3.0-or-later
 #pragma once
 
@@ -14,7 +14,7 @@ class ProblemModel : public QAbstractTableModel {
     Q_OBJECT
 
   public:
-    enum Column { File, State, Reason, ColumnCount };
+    enum Column { File, State, Reason, Folder, ColumnCount };
 
     explicit ProblemModel(std::vector<engine::Problem> problems, QObject* parent = nullptr)
         : QAbstractTableModel(parent), m_problems(std::move(problems)) {}
@@ -24,7 +24,7 @@ class ProblemModel : public QAbstractTableModel {
     QVariant data(const QModelIndex& index, int role = Qt::DisplayRole) const override;
     QVariant headerData(int section, Qt::Orientation orientation, int role) const override;
 
-    // A line a document, columns parted by tabs.
+    // A line a document: whole path, state, reason, parted by tabs.
     QString AsText() const;
 
   private:

@@ -4,7 +4,7 @@
 
 #include "core/Activation.h"
 #include "mainwindow/CommandState.h"
-#include "mainwindow/Commands.h"
+#include "mainwindow/FileOperations.h"
 
 #include <QHash>
 #include <QMainWindow>
@@ -12,7 +12,6 @@
 #include <memory>
 
 class QAction;
-class QMenu;
 class QToolBar;
 
 namespace Ui {
@@ -21,17 +20,10 @@ class FrmMain;
 
 namespace velmora {
 
-class FilesModel;
-
-// What the panes have selected.
-struct Selection {
-    bool filesActive = false;     // else the folder tree
-    QString folder;               // logical path of the tree's node; empty for the root or none
-    bool isIndexedFolder = false; // the node stands in the list of indexed folders
-    QString item; // logical path of the selected row of the file list; empty for none
-    bool itemIsFolder = false;
-    [[nodiscard]] QString Path() const { return filesActive && !item.isEmpty() ? item : folder; }
-};
+class Browser;
+class DesktopClipboard;
+class FileShellWindows;
+struct BrowserState;
 
 class FrmMain : public QMainWindow, private ActivationHost {
     Q_OBJECT
@@ -59,27 +51,37 @@ class FrmMain : public QMainWindow, private ActivationHost {
     void FillBar(QWidget& bar, const QString& name);
     [[nodiscard]] QAction* CommandAction(const QString& key);
     void UpdateBars();
-    void ShowPopup(QWidget& pane, const QPoint& place);
+    void ShowPopup(const QPoint& place);
 
     // Panes.
-    void PreparePanes();
-    [[nodiscard]] Selection CurrentSelection() const;
-    void treFolders_NodeClick();
-    void lvwFiles_DblClick(const QModelIndex& index);
-    void LoadlvwFiles(const QString& path, bool forceReload);
+    void PrepareBrowser();
+    [[nodiscard]] CommandContext Context(const BrowserState& state) const;
+    [[nodiscard]] FileSelection SelectedFiles() const;
+    // What a command that takes one path works on; empty for none.
+    [[nodiscard]] QString SelectedPath() const;
     void ShowCounts();
+    void Reload();
 
     // Commands.
     void Search();
     void SearchInFolder();
+    void FindSelected();
     void Search(const QString& folder);
-    void UpLevel();
-    void ShellLaunchFile();
+    void ShellLaunchFile(bool openWith);
     void RunUpdate(bool rebuild);
     void UpdateFileIndex();
     void cmdAddFolder_Click();
     void cmdRemoveFolder_Click();
-    void FoldersChanged(const QString& summary);
+    void ShowSummary(const QString& summary);
+
+    // File operations.
+    void NewFolder();
+    void DeleteFileOrFolder();
+    void CopyToClipboard(bool cut);
+    void PasteClipboard();
+    bool Rename(const QString& path, const QString& newName);
+    void Drop(const FileList& list, const QString& folder);
+    void ShowOutcome(const OperationOutcome& outcome);
 
     void Form_Activate();
     void RestorePlace();
@@ -98,9 +100,11 @@ class FrmMain : public QMainWindow, private ActivationHost {
     std::unique_ptr<Ui::FrmMain> m_ui;
     QHash<QString, QAction*> m_actions;
     QToolBar* m_navBar = nullptr;
-    FilesModel* m_files;
+    Browser* m_browser;
+    std::unique_ptr<FileShellWindows> m_shell;
+    std::unique_ptr<DesktopClipboard> m_clipboard;
+    FileOperations m_operations;
     QTimer m_tmrsetfocus{this};
-    QString m_folder; // whose files the list holds
     ActivationState m_activation;
 };
 

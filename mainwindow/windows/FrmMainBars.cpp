@@ -1,7 +1,9 @@
 // The bars of the main window.
 // SPDX-License-Identifier: AGPL-3.0-or-later
 #include "core/Messages.h"
+#include "mainwindow/Commands.h"
 #include "mainwindow/MessageIds.h"
+#include "mainwindow/windows/Browser.h"
 #include "mainwindow/windows/FrmMain.h"
 #include "resources/icons/Icons.h"
 #include "search/windows/WordListPopup.h"
@@ -15,6 +17,31 @@
 using namespace Qt::StringLiterals;
 
 namespace velmora {
+
+namespace {
+
+QString TipOf(const Command& command) {
+    QString tip = GetMessage(command.tip != 0 ? command.tip : command.caption).remove(u'&');
+    if (IsToCome(command.key)) {
+        return tip + u"\n"_s + GetMessage(kToCome);
+    }
+    // A button tells the keys of the menu item that does the same.
+    const Command* same =
+        FindCommand(command.key == u"DEL" ? u"MNUDELETE"_s : u"MNU"_s + command.key);
+    const QString& shortcuts =
+        command.shortcuts.isEmpty() && same ? same->shortcuts : command.shortcuts;
+    const QList<QKeySequence> keys = QKeySequence::listFromString(shortcuts);
+    return keys.isEmpty() ? tip
+                          : tip + u" ("_s + keys.front().toString(QKeySequence::NativeText) + u')';
+}
+
+// What the panes' selection is for: its keys count there only.
+bool IsOfThePanes(const QString& key) {
+    return key == u"MNURENAME" || key == u"MNUDELETE" || key == u"MNUCOPY" || key == u"MNUCUT" ||
+           key == u"MNUPASTE" || key == u"MNUSELECTALL" || key == u"MNUINVERTSELECTION";
+}
+
+} // namespace
 
 QAction* FrmMain::CommandAction(const QString& key) {
     const auto known = m_actions.constFind(key);
@@ -31,10 +58,15 @@ QAction* FrmMain::CommandAction(const QString& key) {
         action->setIcon(LineIcon(command->icon));
     }
     action->setShortcuts(QKeySequence::listFromString(command->shortcuts));
-    if (command->tip != 0) {
-        const QString keys = action->shortcut().toString(QKeySequence::NativeText);
-        const QString tip = GetMessage(command->tip).remove(u'&');
-        action->setToolTip(keys.isEmpty() ? tip : tip + u" ("_s + keys + u')');
+    if (key == u"MNUHELP") {
+        action->setText(action->text() + u"\tF1"_s); // told only: the key works in every window
+    }
+    action->setPriority(command->important ? QAction::NormalPriority : QAction::LowPriority);
+    action->setToolTip(TipOf(*command));
+    if (IsOfThePanes(key)) {
+        // Not while the person writes or a button has the focus.
+        action->setShortcutContext(Qt::WidgetWithChildrenShortcut);
+        m_browser->addAction(action);
     }
     connect(action, &QAction::triggered, this, [this, key] { MenuBar_ButtonClick(key); });
     m_actions[key] = action;
@@ -62,6 +94,7 @@ void FrmMain::PrepareBars() {
     for (const QString& key : KeysOfBar(u"MENU"_s)) {
         QMenu* menu = menuBar()->addMenu(GetMessage(FindCommand(key)->caption));
         menu->setObjectName(key);
+        menu->setToolTipsVisible(true);
         FillBar(*menu, MenuOf(key));
     }
     m_navBar = addToolBar(GetMessage(kToolBar));
@@ -71,11 +104,21 @@ void FrmMain::PrepareBars() {
     m_navBar->setIconSize({22, 22});
     m_navBar->setContextMenuPolicy(Qt::PreventContextMenu);
     FillBar(*m_navBar, u"STD"_s);
+    (void)CommandAction(u"MNUCUT"_s); // a key only
 }
 
 void FrmMain::PrepareSearchBar() {
     m_ui->SEARCH->setIcon(LineIcon(u"search"_s));
+    m_ui->SEARCHBUILDER->setIcon(LineIcon(u"builder"_s));
     m_ui->CHKMAIL->setText(GetMessage(25).trimmed());
+    m_ui->CHKMAIL->setIcon(LineIcon(u"file-mail"_s));
+    auto* otherSearches = new QMenu(this);
+    otherSearches->setObjectName(u"MNUOTHERSEARCHES"_s);
+    otherSearches->setToolTipsVisible(true);
+    FillBar(*otherSearches, u"MNUOTHERSEARCHES"_s);
+    m_ui->OTHERSEARCHES->setMenu(otherSearches);
+    connect(m_ui->SEARCHBUILDER, &QPushButton::clicked, this,
+            [this] { MenuBar_ButtonClick(u"SEARCHBUILDER"_s); });
     connect(m_ui->SEARCH, &QPushButton::clicked, this,
             [this] { MenuBar_ButtonClick(u"SEARCH"_s); });
     connect(m_ui->txtRicerca, &QLineEdit::returnPressed, this,
@@ -95,27 +138,21 @@ void FrmMain::PrepareSearchBar() {
 }
 
 void FrmMain::UpdateBars() {
-    const Selection selection = CurrentSelection();
-    CommandContext context;
-    context.treeFocus = !selection.filesActive;
-    context.node = selection.folder.isEmpty()  ? NodeKind::Root
-                   : selection.isIndexedFolder ? NodeKind::Indexed
-                                               : NodeKind::Below;
-    context.selected = selection.filesActive ? 1 : 0;
-    context.hasFolder = selection.itemIsFolder;
+    const CommandContext context = Context(m_browser->State());
     for (auto each = m_actions.cbegin(); each != m_actions.cend(); ++each) {
+        each.value()->setVisible(IsOffered(each.key(), context));
         each.value()->setEnabled(IsEnabled(each.key(), context));
     }
-    m_ui->cmdRemoveFolder->setEnabled(selection.isIndexedFolder);
+    m_ui->cmdRemoveFolder->setEnabled(m_browser->CurrentIndexedFolder().has_value());
 }
 
-void FrmMain::ShowPopup(QWidget& pane, const QPoint& place) {
-    pane.setFocus();
-    UpdateBars();
+void FrmMain::ShowPopup(const QPoint& place) {
     QMenu menu(this);
-    menu.setObjectName(u"POPUPMENU");
+    menu.setObjectName(u"POPUPMENU"_s);
+    menu.setToolTipsVisible(true);
     FillBar(menu, u"POPUPMENU"_s);
-    menu.exec(static_cast<QAbstractScrollArea&>(pane).viewport()->mapToGlobal(place));
+    UpdateBars();
+    menu.exec(place);
 }
 
 } // namespace velmora

@@ -6,6 +6,7 @@
 #include "core/Globals.h"
 #include "core/Messages.h"
 #include "core/windows/FrmSplash.h"
+#include "core/windows/HelpKey.h"
 #include "core/windows/frmQuickStart.h"
 #include "indexing/IndexedFolders.h"
 #include "indexing/MessageIds.h"
@@ -13,8 +14,14 @@
 #include "indexing/windows/FrmUpdateIndex.h"
 #include "mainwindow/MessageIds.h"
 #include "mainwindow/UpdateFileIndex.h"
+#include "mainwindow/windows/Browser.h"
 #include "mainwindow/windows/FrmMain.h"
+#include "platform/Files.h"
+#include "platform/LogicalPath.h"
+#include "platform/Power.h"
+#include "search/windows/FrmSearchBuilder.h"
 #include "search/windows/TextSearch.h"
+#include "store/windows/FrmArchiveManagement.h"
 #include "ui_FrmMain.h"
 
 using namespace Qt::StringLiterals;
@@ -25,20 +32,44 @@ void FrmMain::MenuBar_ButtonClick(const QString& key) {
     using Action = std::function<void(FrmMain&)>;
     static const Action folders = [](FrmMain& form) { form.ShowFrmGestFolders(); };
     static const Action update = [](FrmMain& form) { form.RunUpdate(false); };
-    static const Action launch = [](FrmMain& form) { form.ShellLaunchFile(); };
+    static const Action launch = [](FrmMain& form) { form.ShellLaunchFile(false); };
+    static const Action newFolder = [](FrmMain& form) { form.NewFolder(); };
+    static const Action remove = [](FrmMain& form) { form.DeleteFileOrFolder(); };
+    static const Action copy = [](FrmMain& form) { form.CopyToClipboard(false); };
+    static const Action paste = [](FrmMain& form) { form.PasteClipboard(); };
     static const QHash<QString, Action> actions{
         {u"IDXEDFLD"_s, folders},
         {u"MNUIDXDFOLDERS"_s, folders},
+        {u"BACK"_s, [](FrmMain& form) { form.m_browser->SetPrevPath(); }},
+        {u"NEXT"_s, [](FrmMain& form) { form.m_browser->SetNextPath(); }},
+        {u"UPLEVEL"_s, [](FrmMain& form) { form.m_browser->UpLevel(); }},
+        {u"NEWFLD"_s, newFolder},
+        {u"MNUNEWFLD"_s, newFolder},
+        {u"DEL"_s, remove},
+        {u"MNUDELETE"_s, remove},
+        {u"COPY"_s, copy},
+        {u"MNUCOPY"_s, copy},
+        {u"MNUCUT"_s, [](FrmMain& form) { form.CopyToClipboard(true); }},
+        {u"PASTE"_s, paste},
+        {u"MNUPASTE"_s, paste},
+        {u"MNURENAME"_s, [](FrmMain& form) { form.m_browser->StartLabelEdit(); }},
+        {u"MNUSELECTALL"_s, [](FrmMain& form) { form.m_browser->SelectLvw(true); }},
+        {u"MNUINVERTSELECTION"_s, [](FrmMain& form) { form.m_browser->SelectLvw(false); }},
+        {u"MNUOPEN"_s, launch},
+        {u"MNUOPENWITH"_s, [](FrmMain& form) { form.ShellLaunchFile(true); }},
+        {u"SHELL"_s, launch},
         {u"UPDATEIDX"_s, update},
         {u"MNUREIDX"_s, update},
         {u"MNUREBUILD"_s, [](FrmMain& form) { form.RunUpdate(true); }},
         {u"MNUINDEXFILE"_s, [](FrmMain& form) { form.UpdateFileIndex(); }},
-        {u"MNUOPEN"_s, launch},
-        {u"SHELL"_s, launch},
-        {u"UPLEVEL"_s, [](FrmMain& form) { form.UpLevel(); }},
         {u"SEARCH"_s, [](FrmMain& form) { form.Search(); }},
         {u"MNUSEARCHINFOLDER"_s, [](FrmMain& form) { form.SearchInFolder(); }},
+        {u"SEARCHBUILDER"_s,
+         [](FrmMain& form) { FrmSearchBuilder(*form.m_ui->txtRicerca, &form).exec(); }},
+        {u"MNUARCHIVEMANAGEMENT"_s, [](FrmMain& form) { FrmArchiveManagement(&form).exec(); }},
+        {u"MNUFINDELEMENT"_s, [](FrmMain& form) { form.FindSelected(); }},
         {u"MNUFSTART"_s, [](FrmMain& form) { form.ShowFrmQuickStart(); }},
+        {u"MNUHELP"_s, [](FrmMain& form) { SendHelpKey(form); }},
         {u"MNUABOUT"_s, [](FrmMain& form) { FrmSplash(FrmSplash::Use::AboutBox, &form).exec(); }},
         {u"MNUEXIT"_s, [](FrmMain& form) { form.close(); }},
     };
@@ -53,7 +84,7 @@ void FrmMain::Search() {
 }
 
 void FrmMain::SearchInFolder() {
-    Search(CurrentSelection().Path());
+    Search(SelectedPath());
 }
 
 void FrmMain::Search(const QString& folder) {
@@ -67,39 +98,47 @@ void FrmMain::Search(const QString& folder) {
     host.txtRicerca = m_ui->txtRicerca;
     host.Synonyms = m_ui->chkSinonimi->isChecked();
     host.FindElement = [this](const QString& path) { FindElement(path); };
+    host.CloseFilter = [this] { m_browser->CloseFilter(); };
     TextSearch(host, folder, m_ui->CHKMAIL->isChecked());
 }
 
-void FrmMain::UpLevel() {
-    QTreeWidgetItem* node = m_ui->treFolders->currentItem();
-    if (node && node->parent() && node->parent()->parent()) {
-        m_ui->treFolders->setCurrentItem(node->parent());
-    }
+void FrmMain::FindSelected() {
+    const QString path = SelectedPath();
+    m_browser->CloseFilter();
+    FindElement(path);
 }
 
-void FrmMain::ShellLaunchFile() {
-    const QString path = CurrentSelection().Path();
-    if (!path.isEmpty()) {
-        LaunchFile(QStringList{path});
+void FrmMain::ShellLaunchFile(bool openWith) {
+    const QStringList paths = SelectedFiles().paths;
+    if (openWith) {
+        LaunchFile(paths, true);
+    } else {
+        m_operations.ShellLaunchFile(paths);
     }
 }
 
 void FrmMain::RunUpdate(bool rebuild) {
     FrmUpdateIndex window(this);
     window.ForceRecreate = rebuild;
-    // EnableAutoShutDown stays off as long as ShutDownPC cannot keep what the box promises.
     window.IndexMail = window.UpdateAll = true;
+    // Not offered where it could not be kept.
+    window.EnableAutoShutDown = platform::CanPowerOff();
     window.exec();
-    LoadlvwFiles(m_ui->treFolders->CurrentPath(), true);
-    statusBar()->showMessage(SummaryMessage(window));
+    Reload();
+    ShowSummary(SummaryMessage(window));
+    if (window.ShutDownPC && !window.Cancelled) {
+        ShutDownPC(true);
+    }
 }
 
 void FrmMain::UpdateFileIndex() {
+    const FileSelection selection = SelectedFiles();
+    const QString path = selection.paths.value(0);
+    const bool isFile = !selection.fromTree && !platform::IsFolder(platform::ToMachine(path));
     FrmUpdateIndex window(this);
-    window.FileOrFolderToAdd = velmora::UpdateFileIndex(
-        CurrentSelection().Path(), CurrentSelection().filesActive && !CurrentSelection().itemIsFolder);
+    window.FileOrFolderToAdd = velmora::UpdateFileIndex(path, isFile);
     window.exec();
-    statusBar()->showMessage(SummaryMessage(window));
+    ShowSummary(SummaryMessage(window));
 }
 
 void FrmMain::cmdAddFolder_Click() {
@@ -109,20 +148,20 @@ void FrmMain::cmdAddFolder_Click() {
         return;
     }
     InitializeTreeView();
-    m_ui->treFolders->SelectPath(path);
-    FoldersChanged(RunFolderChanges(changes, this));
+    m_browser->SelectFolder(path);
+    ShowSummary(RunFolderChanges(changes, this));
 }
 
 void FrmMain::cmdRemoveFolder_Click() {
-    const auto folder = m_ui->treFolders->CurrentIndexedFolder();
+    const auto folder = m_browser->CurrentIndexedFolder();
     FolderChanges changes;
     if (folder && RemoveIdxdFolders(*folder, changes)) {
         InitializeTreeView();
-        FoldersChanged(RunFolderChanges(changes, this));
+        ShowSummary(RunFolderChanges(changes, this));
     }
 }
 
-void FrmMain::FoldersChanged(const QString& summary) {
+void FrmMain::ShowSummary(const QString& summary) {
     if (!summary.isEmpty()) {
         statusBar()->showMessage(summary);
     }
@@ -137,7 +176,7 @@ void FrmMain::ShowFrmGestFolders() {
     FrmGestFolders window(this);
     window.exec();
     InitializeTreeView();
-    FoldersChanged(window.Summary);
+    ShowSummary(window.Summary);
 }
 
 void FrmMain::ShowFrmQuickStart() {
@@ -155,8 +194,12 @@ bool FrmMain::RunUnattendedUpdate(bool tickShutDown) {
 }
 
 void FrmMain::ShutDownPC(bool) {
-    // Nobody is in front of the machine; the log of the scheduler is where this is read.
-    TextDialogue().Tell(GetMessage(kCannotSwitchOff), GetMessage(121), Icon::Exclamation);
+    const platform::SystemError refused = platform::PowerOff();
+    if (!refused.Ok()) {
+        // Nobody is in front of the machine; the log of the scheduler is where this is read.
+        TextDialogue().Tell(GetMessage(kCannotSwitchOff) + u"\n"_s + refused.text, GetMessage(121),
+                            Icon::Exclamation);
+    }
 }
 
 void FrmMain::UnloadFrmMain() {

@@ -3,6 +3,7 @@
 #include "search/windows/HtmlPane.h"
 
 #include "core/Failure.h"
+#include "core/Messages.h"
 #include "core/windows/FrmAttesa.h"
 #include "search/windows/PageView.h"
 
@@ -29,6 +30,7 @@ QWidget* MakeAnimation(QWidget* parent) {
 HtmlPane::HtmlPane(QWidget* parent)
     : QStackedWidget(parent), m_web(new PageView(this)), m_animation(MakeAnimation(this)) {
     m_web->setObjectName(u"web"_s);
+    m_web->setAccessibleName(GetMessage(92));
     m_animation->setObjectName(u"animation"_s);
     addWidget(m_web);
     addWidget(m_animation);

@@ -2,6 +2,8 @@
 // SPDX-License-Identifier: AGPL-3.0-or-later
 #include "search/windows/WordListPopup.h"
 
+#include "core/Messages.h"
+#include "search/MessageIds.h"
 #include "search/OperatorsMenu.h"
 #include "search/WordList.h"
 
@@ -23,6 +25,7 @@ constexpr int kLeastWidth = 220;
 
 WordListPopup::WordListPopup(QLineEdit& box) : QTreeWidget(box.window()), m_box(box) {
     setObjectName(u"lvwWords"_s);
+    setAccessibleName(GetMessage(kWordsOfIndex));
     setColumnCount(2);
     setHeaderHidden(true);
     setRootIsDecorated(false);

@@ -6,7 +6,6 @@
 #include "sqlite/Statement.h"
 
 #include <fcntl.h>
-#include <sys/file.h>
 #include <unistd.h>
 
 using namespace Qt::StringLiterals;
@@ -151,7 +150,9 @@ TEST_F(IndexTest, AnIndexThatCannotBeUsedEndsWithThree) {
     {
         const int lock = ::open((IndexPath() + u".lock"_s).toUtf8().constData(),
                                 O_RDWR | O_CREAT | O_CLOEXEC, 0666);
-        ASSERT_EQ(::flock(lock, LOCK_EX | LOCK_NB), 0);
+        struct flock whole {};
+        whole.l_type = F_WRLCK;
+        ASSERT_EQ(::fcntl(lock, F_OFD_SETLK, &whole), 0);
         const CliResult busy = Here({u"index"_s});
         EXPECT_THAT(busy, EndsWith(3));
         EXPECT_THAT(busy.error, HasSubstr("in use by another program"));

@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: AGPL-3.0-or-later
 #include "CrashJob.h"
 
+#include "tests/platform/PretendedShare.h"
 #include "tests/sqlite/FaultVfs.h"
 
 #include <QCoreApplication>
@@ -9,7 +10,6 @@
 #include <fcntl.h>
 #include <sqlite3.h>
 #include <sys/syscall.h>
-#include <sys/vfs.h>
 #include <unistd.h>
 
 #include <csignal>
@@ -106,21 +106,6 @@ extern "C" int unlink(const char* path) {
     return static_cast<int>(syscall(SYS_unlink, path));
 }
 
-// The index's folder lies on a share, as far as anybody can tell.
-namespace {
-
-bool g_onAShare = false;
-
-} // namespace
-
-extern "C" int statfs64(const char* path, struct statfs64* about) {
-    constexpr decltype(about->f_type) kNfs = 0x6969;
-    const auto result = static_cast<int>(syscall(SYS_statfs, path, about));
-    if (result == 0 && g_onAShare)
-        about->f_type = kNfs;
-    return result;
-}
-
 int main(int argc, char** argv) {
     const QCoreApplication application(argc, argv);
     fcntl(kReportFile, F_SETFD, FD_CLOEXEC);
@@ -134,7 +119,9 @@ int main(int argc, char** argv) {
     const engine::IndexJob run = job.Job();
     g_steps = 0;
     g_killAtStep = job.killAtStep;
-    g_onAShare = job.onAShare;
+    std::optional<platform_test::PretendedShare> share;
+    if (job.onAShare)
+        share.emplace();
     const engine::IndexReport report = run.Execute();
     if (report.fault)
         Tell("f " + report.faultText.toStdString() + "\n");

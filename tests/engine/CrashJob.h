@@ -23,6 +23,7 @@ struct CrashJob {
     bool create = false;
     bool compress = false;
     bool onAShare = false;       // the child takes the index's disk for one on a server
+    bool shared = false;         // other computers may open it
     sqlite_test::Fault fault;    // at 0: none; -1: none, but calls are counted
     std::int64_t killAtStep = 0; // before which change of a file's name the child dies; 0: none
 
@@ -34,6 +35,7 @@ struct CrashJob {
         job.ActionCompress = compress;
         job.ActionRemoveDeleted = true;
         job.WholeArchive = true;
+        job.Shared = shared;
         job.Workers = 2;
         job.CommitText = 30'000;
         if (!removeFolder.isEmpty())
@@ -59,7 +61,8 @@ struct CrashJob {
                 QString::number(fault.at),
                 QString::number(fault.seed),
                 QString::number(killAtStep),
-                QString::number(onAShare)};
+                QString::number(onAShare),
+                QString::number(shared)};
     }
     // arguments: the program's name first.
     [[nodiscard]] static CrashJob FromArguments(const QStringList& arguments) {
@@ -77,6 +80,7 @@ struct CrashJob {
         job.fault.seed = arguments.value(11).toUInt();
         job.killAtStep = arguments.value(12).toLongLong();
         job.onAShare = arguments.value(13).toInt() != 0;
+        job.shared = arguments.value(14).toInt() != 0;
         return job;
     }
 };

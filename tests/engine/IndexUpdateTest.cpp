@@ -7,7 +7,7 @@
 #include "engine/Ledger.h"
 #include "engine/WordList.h"
 
-#include <sys/file.h>
+#include <fcntl.h>
 #include <unistd.h>
 
 #include <map>
@@ -268,7 +268,9 @@ TEST_F(IndexUpdate, TellsWhatIsWrongWithTheIndex) {
     {
         QFile lock(file + QStringLiteral(".lock"));
         ASSERT_TRUE(lock.open(QIODevice::ReadWrite));
-        ASSERT_EQ(flock(lock.handle(), LOCK_EX), 0);
+        struct flock whole {};
+        whole.l_type = F_WRLCK;
+        ASSERT_EQ(fcntl(lock.handle(), F_OFD_SETLK, &whole), 0);
         EXPECT_EQ(fault(Update()), engine::IndexFault::Busy);
         EXPECT_EQ(Names("alpha"), "a.txt"); // searching goes on
     }

@@ -23,7 +23,8 @@ std::string NameOf(Phase phase) {
     return kNames[static_cast<int>(phase)];
 }
 
-PhaseFixture::PhaseFixture(Phase phase) : m_phase(phase) {
+PhaseFixture::PhaseFixture(Phase phase, bool shared) : m_phase(phase) {
+    m_job.shared = shared;
     m_job.indexFolder = IndexFolder();
     m_job.listFile = m_folder.filePath(QStringLiteral("add.txt"));
     m_job.worker = WorkerProgram();

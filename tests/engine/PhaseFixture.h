@@ -28,7 +28,8 @@ enum class Phase {
 
 class PhaseFixture : public EngineFixture {
   protected:
-    explicit PhaseFixture(Phase phase);
+    // shared: the index is one that other computers may open.
+    explicit PhaseFixture(Phase phase, bool shared = false);
 
     // Puts the index back to where the phase begins. The documents stay as they are.
     void Restore() const;

@@ -117,8 +117,12 @@ void CheckPage(const Read& read, std::size_t hitStep) {
     writer.End();
     Require(writer.WordCount() == recorded.words, "page and index count other words");
     Require(CheckHtml(html) == hits.size(), "hits without their anchors");
-    Require(WithoutBlanks(BodyText(html)) == WithoutBlanks(recorded.text),
-            "page and index hold other texts", recorded.text);
+    const std::string shown = WithoutBlanks(BodyText(html));
+    const std::string kept = WithoutBlanks(recorded.text);
+    const auto [here, there] = std::mismatch(shown.begin(), shown.end(), kept.begin(), kept.end());
+    Require(here == shown.end() && there == kept.end(), "page and index hold other texts",
+            shown.substr(std::max<std::ptrdiff_t>(here - shown.begin() - 40, 0), 80) + " | " +
+                kept.substr(std::max<std::ptrdiff_t>(there - kept.begin() - 40, 0), 80));
 }
 
 } // namespace

@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: AGPL-3.0-or-later
 #include "mainwindow/Commands.h"
 #include "core/Messages.h"
+#include "mainwindow/FileOrder.h"
 #include "mainwindow/FolderFiles.h"
 #include "mainwindow/UpdateFileIndex.h"
 #include "tests/indexing/IndexingFixture.h"

@@ -1,6 +1,7 @@
 // Reading the mount table and finding shares in it.
 // SPDX-License-Identifier: AGPL-3.0-or-later
 #include "platform/MountTable.h"
+#include "platform/Drives.h"
 
 #include "platform/Files.h"
 #include "tests/platform/TestSupport.h"
@@ -68,6 +69,37 @@ TEST(MountTable, FindsTheMountThatCoversMost) {
         EXPECT_EQ(place.mountPoint, c.mountPoint) << c.path.toStdString();
         EXPECT_EQ(place.rest, c.rest) << c.path.toStdString();
     }
+}
+
+TEST(Drives, ArePlacesThatAPersonPutsFilesIn) {
+    QByteArray table;
+    for (const char* line : {
+             "/ - overlay overlay rw", "/boot/efi - vfat /dev/sda1 rw", "/home - ext4 /dev/sda3 rw",
+             "/etc/hosts - ext4 /dev/sda3 rw", "/proc - proc proc rw", "/dev/shm - tmpfs tmpfs rw",
+             "/snap/core/1 - squashfs /dev/loop0 ro", "/run/user/1000 - tmpfs tmpfs rw",
+             "/run/media/anna/A\\040B - vfat /dev/sdb1 rw", "/var/lib/x - ext4 /dev/sda4 rw",
+             "/mnt/nas - cifs //nas/docs rw", "/mnt/far - fuse.sshfs anna@far:/ rw",
+             "/media/stick - exfat /dev/sdc1 rw", "/media/stick - tmpfs tmpfs rw",
+             "/variety - ext4 /dev/sdd1 rw"}) {
+        const QByteArray text(line);
+        table += "36 35 8:1 / " + text.left(text.indexOf(' ')) + " rw" +
+                 text.mid(text.indexOf(' ')) + "\n";
+    }
+    const auto drives =
+        DrivesOf(ParseMountTable(table), {{"/dev/sdb1", QStringLiteral("HOLIDAY")}});
+    const std::vector<Drive> expected{
+        {QStringLiteral("/"), QString(), false},
+        {QStringLiteral("/home"), QStringLiteral("home"), false},
+        {QStringLiteral("/mnt/far"), QStringLiteral("far"), true},
+        {QStringLiteral("/mnt/nas"), QStringLiteral("nas"), true},
+        {QStringLiteral("/run/media/anna/A B"), QStringLiteral("HOLIDAY"), false},
+        {QStringLiteral("/variety"), QStringLiteral("variety"), false},
+    };
+    std::string found;
+    for (const Drive& drive : drives) {
+        found += drive.path.toStdString() + "\n";
+    }
+    EXPECT_EQ(drives, expected) << found;
 }
 
 TEST(MountTable, TheMachinesOwnTableNamesTheRoot) {

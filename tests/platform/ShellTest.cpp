@@ -59,12 +59,16 @@ TEST_F(Opener, GetsOneAddressWhateverTheNameHolds) {
     EXPECT_EQ(Received(), "1\nfile://" + m_box.Bytes("bin") + "\n");
     ASSERT_TRUE(OpenMailTo(QStringLiteral("mailto:anna@example.org?subject=x")).Ok());
     EXPECT_EQ(Received(), "1\nmailto:anna@example.org?subject=x\n");
+    ASSERT_TRUE(OpenWebPage(QStringLiteral("https://example.org/a?b=c")).Ok());
+    EXPECT_EQ(Received(), "1\nhttps://example.org/a?b=c\n");
 }
 
 TEST_F(Opener, RefusalsAreTold) {
     EXPECT_EQ(OpenWithDesktop(m_box.Path("none")).code, ENOENT);
     EXPECT_EQ(OpenMailTo(QStringLiteral("file:///etc/passwd")).code, EINVAL);
     EXPECT_EQ(OpenMailTo(QStringLiteral("mailto:a b")).code, EINVAL);
+    EXPECT_EQ(OpenWebPage(QStringLiteral("file:///etc/passwd")).code, EINVAL);
+    EXPECT_EQ(OpenWebPage(QStringLiteral("https://a b")).code, EINVAL);
     const Variable nowhere("PATH", m_box.Bytes("none"));
     m_box.Write("file");
     const SystemError error = OpenWithDesktop(m_box.Path("file"));

@@ -3,6 +3,8 @@
 #include "search/SearchBuilder.h"
 #include "core/Messages.h"
 #include "search/windows/FrmSearchBuilder.h"
+#include "tests/core/Accessible.h"
+#include "tests/core/Clipping.h"
 #include "tests/search/SearchFixture.h"
 
 #include <QLineEdit>
@@ -59,6 +61,17 @@ TEST_F(SearchBuilderTest, TheThreeBoxesExcludeEachOther) {
     QTest::keyClick(box(2), Qt::Key_Return);
     EXPECT_EQ(form.result(), QDialog::Accepted);
     EXPECT_EQ(target.text(), u"(%red %car) and not blue"_s);
+}
+
+TEST_F(SearchBuilderTest, NothingIsCutOffOrNamelessInAnyLanguage) {
+    for (const qint32 locale : {0, 1040, 1031, 1034, 1036}) {
+        program->gLocaleId = locale;
+        QLineEdit target;
+        FrmSearchBuilder form(target, nullptr);
+        form.show();
+        EXPECT_THAT(ClippedTexts(form), testing::IsEmpty()) << locale;
+        EXPECT_THAT(NamelessControls(form), testing::IsEmpty()) << locale;
+    }
 }
 
 } // namespace

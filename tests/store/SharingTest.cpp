@@ -1,6 +1,8 @@
 // Several programs on one archive: waiting, lost updates, kills.
 // SPDX-License-Identifier: AGPL-3.0-or-later
 #include "StoreFixture.h"
+#include "core/Messages.h"
+#include "tests/platform/PretendedShare.h"
 
 #include <QProcess>
 #include <thread>
@@ -11,8 +13,14 @@ namespace {
 
 class SharingTest : public ArchiveTest {
   protected:
-    std::unique_ptr<QProcess> Start(const QStringList& arguments) const {
+    enum class Disk { Own, Share };
+    std::unique_ptr<QProcess> Start(const QStringList& arguments, Disk disk = Disk::Own) const {
         auto process = std::make_unique<QProcess>();
+        if (disk == Disk::Share) {
+            QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+            environment.insert(QStringLiteral("STORE_ON_A_SHARE"), QStringLiteral("1"));
+            process->setProcessEnvironment(environment);
+        }
         process->start(QStringLiteral(STORE_TEST_HELPER), QStringList{Folder()} + arguments);
         EXPECT_TRUE(process->waitForStarted());
         return process;
@@ -76,9 +84,11 @@ TEST_F(SharingTest, AReaderIsShutOutOnlyWhileAnotherCommits) {
     EXPECT_EQ(reporter.reports.size(), 1);
 }
 
+// One on the server itself, one over the network.
 TEST_F(SharingTest, TwoProgramsLoseNoRowOfEachOther) {
     constexpr int kRows = 60;
-    const auto first = Start({QStringLiteral("add"), QString::number(kRows), QStringLiteral("a")});
+    const auto first =
+        Start({QStringLiteral("add"), QString::number(kRows), QStringLiteral("a")}, Disk::Share);
     const auto second = Start({QStringLiteral("add"), QString::number(kRows), QStringLiteral("b")});
     ExpectDone(*first);
     ExpectDone(*second);
@@ -94,8 +104,8 @@ TEST_F(SharingTest, TwoProgramsLoseNoChangeOfOneRow) {
     sqlite::Database database = Beside();
     database.Exec("INSERT INTO TblIdxdFolders(sdescr, suser) VALUES('0', 'SHARED')");
     const QStringList task{QStringLiteral("count"), QString::number(kSteps)};
-    const auto first = Start(task);
-    const auto second = Start(task);
+    const auto first = Start(task, Disk::Share);
+    const auto second = Start(task, Disk::Share);
     for (bool running = true; running;) {
         const bool firstRead = AwaitLine(*first);
         const bool secondRead = AwaitLine(*second);
@@ -107,6 +117,23 @@ TEST_F(SharingTest, TwoProgramsLoseNoChangeOfOneRow) {
     ExpectDone(*first);
     ExpectDone(*second);
     EXPECT_EQ(Text("SELECT sdescr FROM TblIdxdFolders"), std::to_string(2 * kSteps));
+}
+
+TEST_F(SharingTest, AShareWithoutLocksIsRefusedAndLeftAsItIs) {
+    using platform_test::PretendedShare;
+    const auto before = QDir(Folder()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot);
+    for (const auto locks : {PretendedShare::Locks::Granted, PretendedShare::Locks::Refused}) {
+        const PretendedShare share(locks);
+        reporter.reports.clear();
+        EXPECT_FALSE(GetRsIdxdFolders());
+        ASSERT_FALSE(reporter.reports.isEmpty());
+        EXPECT_TRUE(reporter.reports[0].contains(GetMessage(kLocksNowhere, {Folder()})));
+    }
+    EXPECT_EQ(QDir(Folder()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot), before);
+    const PretendedShare share;
+    EXPECT_TRUE(GetRsIdxdFolders()) << "mounted anew, with locks: the same program goes on";
+    EXPECT_EQ(Store().gConnection->Query(QStringLiteral("PRAGMA journal_mode"), {}).rows[0][0],
+              QVariant(QStringLiteral("delete")));
 }
 
 TEST_F(SharingTest, AKillAtAnyMomentLeavesAWholeDatabase) {

@@ -1,13 +1,16 @@
 // The second program on one archive: adds rows, counts in one row, or moves documents for ever.
 //   store_test_helper FOLDER add COUNT NAME | count COUNT | move
+// With STORE_ON_A_SHARE in its environment it takes the archive's disk for a share.
 // SPDX-License-Identifier: AGPL-3.0-or-later
 #include "core/Globals.h"
 #include "platform/LogicalPath.h"
 #include "store/ModDb.h"
 #include "store/StoreError.h"
+#include "tests/platform/PretendedShare.h"
 
 #include <cstdio>
 #include <iostream>
+#include <optional>
 #include <string>
 
 using namespace velmora;
@@ -66,6 +69,10 @@ int main(int argc, char** argv) {
     Program().gArchivePath = platform::ToLogical(QString::fromLocal8Bit(argv[1]));
     Program().gUserKey = QStringLiteral("SHARED");
     Store().busyWait = std::chrono::minutes(2);
+    std::optional<platform_test::PretendedShare> share;
+    if (qEnvironmentVariableIsSet("STORE_ON_A_SHARE")) {
+        share.emplace();
+    }
     const std::string_view task = argv[2];
     try {
         if (task == "add" && argc == 5) {
