@@ -115,12 +115,14 @@ void TextRecorder::OnFieldEnd(std::string_view name, std::string_view value) {
 void TextRecorder::Incomplete(std::string_view reason) {
     // It may name a part of the document as the document names it.
     std::string buffer;
-    reason = WellFormed(reason, buffer);
-    if (m_reason.find(reason) != std::string::npos)
+    std::string line(WellFormed(reason, buffer));
+    std::replace_if(
+        line.begin(), line.end(), [](char c) { return static_cast<unsigned char>(c) < ' '; }, ' ');
+    if (m_reason.find(line) != std::string::npos)
         return;
     if (!m_reason.empty())
         m_reason += "; ";
-    m_reason += reason;
+    m_reason += line;
 }
 
 DocumentEnd TextRecorder::End(ReadState state, std::string_view reason) {

@@ -176,7 +176,7 @@ void FoldersTree::SelectRoot() {
 }
 
 void FoldersTree::SelectParent() {
-    if (currentItem() && currentItem()->parent()) {
+    if (CurrentKind() == NodeKind::Below) {
         setCurrentItem(currentItem()->parent());
     }
 }

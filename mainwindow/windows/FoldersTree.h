@@ -45,6 +45,7 @@ class FoldersTree : public QTreeWidget {
     // Whether an indexed folder holds the path, be it there or not.
     [[nodiscard]] bool IsBelowIndexed(const QString& path) const;
     void SelectRoot();
+    // Not for an indexed folder: nothing that could be shown stands above it.
     void SelectParent();
 
     // The sub-folders of the selected node, read elsewhere; does nothing when it has another path.

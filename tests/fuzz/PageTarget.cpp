@@ -95,6 +95,9 @@ Recorded Record(engine::Tokenizer& tokenizer, const Read& read) {
     MayFail([&] { read(recorder); });
     const engine::DocumentEnd end = recorder.End(engine::ReadState::Read, {});
     Require(end.words == terms, "words are miscounted in the end");
+    Require(std::none_of(end.reason.begin(), end.reason.end(),
+                         [](char c) { return static_cast<unsigned char>(c) < ' '; }),
+            "a reason of several lines", end.reason);
     for (const engine::FieldRange& field : end.fields)
         Require(field.first >= 1 && field.last <= end.words && field.first <= field.last + 1,
                 "a field beyond the words");

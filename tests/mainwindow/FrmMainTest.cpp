@@ -5,15 +5,22 @@
 #include "core/Settings.h"
 #include "indexing/windows/FrmUpdateIndex.h"
 #include "search/windows/frmSearchResult.h"
+#include "store/ModDb.h"
+#include "tests/core/Accessible.h"
+#include "tests/core/Clipping.h"
 #include "tests/indexing/IndexingFixture.h"
 
 #include <QAction>
+#include <QDir>
+#include <QFileInfo>
 #include <QLabel>
 #include <QLineEdit>
 #include <QStatusBar>
 #include <QTest>
 #include <QTimer>
 #include <QTreeWidget>
+
+#include <gmock/gmock.h>
 
 using namespace Qt::StringLiterals;
 
@@ -162,7 +169,8 @@ TEST_F(FrmMainTest, FoldersOpenInTheTreeAndUpLevelLeadsBack) {
     auto& tree = Control<QTreeWidget>(form, "treFolders");
     auto& list = Control<QTreeView>(form, "lvwFiles");
     auto* up = form.findChild<QAction*>(u"UPLEVEL"_s);
-    EXPECT_FALSE(up->isEnabled());
+    up->trigger(); // nothing stands above an indexed folder
+    EXPECT_EQ(tree.currentItem()->text(0), u"Docs"_s);
     list.setFocus();
     list.setCurrentIndex(list.model()->index(0, 0));
     QTest::keyClick(&list, Qt::Key_Return);
@@ -185,9 +193,89 @@ TEST_F(FrmMainTest, FoldersOpenInTheTreeAndUpLevelLeadsBack) {
     QDir(Docs()).removeRecursively();
     dialogue.told.clear();
     tree.setCurrentItem(docs);
+    QCoreApplication::processEvents();
     ASSERT_EQ(dialogue.told.size(), 1);
     EXPECT_TRUE(dialogue.told[0].startsWith(GetMessage(41) + u'|' + GetMessage(296)));
     EXPECT_EQ(tree.currentItem(), tree.topLevelItem(0));
+}
+
+TEST_F(FrmMainTest, FilesAreWorkedOnByKeysAndTheirRowsFollow) {
+    AddRow(LogicalDocs());
+    const RecordSetPtr rows = GetRsOcrFile({}, {});
+    rows->AddNew();
+    rows->Fields(u"spath").SetValue(platform::Capitals(LogicalDocs()));
+    rows->Fields(u"sfilename").SetValue(u"ONE.TXT"_s);
+    rows->Fields(u"suser").SetValue(Program().gUserKey);
+    rows->UpdateBatch();
+    FrmMain form;
+    Show(form);
+    auto& list = Control<QTreeView>(form, "lvwFiles");
+    auto& tree = Control<QTreeWidget>(form, "treFolders");
+    const auto choose = [&](int row) {
+        list.setFocus();
+        list.setCurrentIndex(list.model()->index(row, 0));
+    };
+    const auto names = [&](const QStringList& expected) {
+        return QTest::qWaitFor([&] { return Names(list) == expected; });
+    };
+
+    choose(1);
+    QTest::keyClick(&list, Qt::Key_F2);
+    auto* editor = list.findChild<QLineEdit*>();
+    ASSERT_TRUE(editor);
+    editor->setText(u"new name.txt"_s);
+    QTest::keyClick(editor, Qt::Key_Return);
+    EXPECT_TRUE(names({u"Sub"_s, u"new name.txt"_s}));
+    EXPECT_FALSE(GetRsOcrFile(LogicalDocs(), u"new name.txt"_s)->EOF_());
+    EXPECT_TRUE(GetRsOcrFile(LogicalDocs(), u"one.txt"_s)->EOF_());
+
+    // Cut here, pasted into the folder beside it.
+    choose(1);
+    QTest::keyClick(&list, Qt::Key_X, Qt::ControlModifier);
+    tree.setCurrentItem(tree.currentItem()->child(0));
+    EXPECT_TRUE(names({u"two.txt"_s}));
+    EXPECT_TRUE(form.findChild<QAction*>(u"PASTE"_s)->isEnabled());
+    QTest::keyClick(&tree, Qt::Key_Insert, Qt::ShiftModifier);
+    EXPECT_TRUE(names({u"new name.txt"_s, u"two.txt"_s}));
+    EXPECT_FALSE(QFile::exists(Docs(u"new name.txt"_s)));
+    EXPECT_FALSE(GetRsOcrFile(LogicalDocs(u"Sub"_s), u"new name.txt"_s)->EOF_());
+
+    // Deleted after the question; the folder in the tree stays.
+    choose(0);
+    dialogue.answers = {Answer::Yes, Answer::Yes};
+    QTest::keyClick(&list, Qt::Key_Delete);
+    EXPECT_TRUE(names({u"two.txt"_s}));
+    form.MenuBar_ButtonClick(u"MNUNEWFLD"_s);
+    EXPECT_TRUE(QTest::qWaitFor([&] { return list.findChild<QLineEdit*>() != nullptr; }));
+    EXPECT_TRUE(QFileInfo(Docs(u"Sub/"_s + GetMessage(202))).isDir());
+    EXPECT_TRUE(reporter.reports.isEmpty());
+}
+
+TEST_F(FrmMainTest, TextsFitAndControlsHaveNamesInEveryLanguage) {
+    AddRow(LogicalDocs());
+    SaveSetting(u"FTMessages"_s, u"QS"_s, u"1"_s); // no first steps
+    for (const qint32 locale : {0, 1031, 1034, 1036, 1040}) {
+        program->gLocaleId = locale;
+        FrmMain form;
+        Show(form);
+        form.resize(form.minimumSizeHint().expandedTo(QSize(800, 500)));
+        QCoreApplication::processEvents();
+        EXPECT_THAT(ClippedTexts(form), testing::IsEmpty()) << locale;
+        EXPECT_THAT(NamelessControls(form), testing::IsEmpty()) << locale;
+        EXPECT_LE(form.minimumSizeHint().width(), 800) << locale;
+    }
+}
+
+TEST_F(FrmMainTest, ASharedArchiveOffersLessAndWhatIsToComeSaysSo) {
+    program->gIsDefaultArchive = false;
+    FrmMain form;
+    Show(form);
+    EXPECT_FALSE(form.findChild<QAction*>(u"MNUARCHIVEMANAGEMENT"_s)->isVisible());
+    EXPECT_FALSE(form.findChild<QAction*>(u"MNUSELMAIL"_s)->isVisible());
+    const auto* schedule = form.findChild<QAction*>(u"MNUSCHEDULE"_s);
+    EXPECT_TRUE(schedule->isVisible());
+    EXPECT_FALSE(schedule->isEnabled());
+    EXPECT_TRUE(schedule->toolTip().contains(GetMessage(3642)));
 }
 
 TEST_F(FrmMainTest, AnUnattendedRunUpdatesTheIndexAndEnds) {

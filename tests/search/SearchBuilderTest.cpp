@@ -5,6 +5,8 @@
 #include "search/windows/FrmSearchBuilder.h"
 #include "tests/core/Accessible.h"
 #include "tests/core/Clipping.h"
+#include "tests/core/Accessible.h"
+#include "tests/core/Clipping.h"
 #include "tests/search/SearchFixture.h"
 
 #include <QLineEdit>
@@ -34,6 +36,8 @@ TEST_F(SearchBuilderTest, TheThreeBoxesExcludeEachOther) {
     target.setText(u"old"_s);
     FrmSearchBuilder form(target, nullptr);
     form.show();
+    EXPECT_THAT(ClippedTexts(form), testing::IsEmpty());
+    EXPECT_THAT(NamelessControls(form), testing::IsEmpty());
     const auto box = [&](int index) {
         return form.findChild<QLineEdit*>(u"txtSearch_%1"_s.arg(index));
     };
