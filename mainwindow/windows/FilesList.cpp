@@ -8,6 +8,7 @@
 #include <QDragEnterEvent>
 #include <QHeaderView>
 #include <QPainter>
+#include <QProxyStyle>
 #include <QScrollBar>
 #include <algorithm>
 
@@ -15,8 +16,27 @@ using namespace Qt::StringLiterals;
 
 namespace velmora {
 
+namespace {
+
+// Room between the columns: sizes end where dates begin.
+class RoomyCells : public QProxyStyle {
+  public:
+    int pixelMetric(PixelMetric metric, const QStyleOption* option,
+                    const QWidget* widget) const override {
+        constexpr int kRoom = 5;
+        return QProxyStyle::pixelMetric(metric, option, widget) +
+               (metric == PM_FocusFrameHMargin || metric == PM_HeaderMargin ? kRoom : 0);
+    }
+};
+
+} // namespace
+
 FilesList::FilesList(FilesModel& model, QWidget* parent)
     : QTreeView(parent), m_model(model), m_names(new NameDelegate(FilesModel::CutRole, this)) {
+    auto* roomy = new RoomyCells;
+    roomy->setParent(this);
+    setStyle(roomy);
+    header()->setStyle(roomy);
     setModel(&model);
     setItemDelegate(m_names);
     m_names->isFolder = [](const QModelIndex& index) {

@@ -23,7 +23,7 @@ QString KeyOf(const FilesModel& model, int column) {
 // Wide enough for the heading and what usually stands below it.
 int UsualWidth(const FilesList& list, const FilesModel& model, int column) {
     const QFontMetrics metrics(list.font());
-    const auto wide = [&](const QString& text) { return metrics.horizontalAdvance(text) + 24; };
+    const auto wide = [&](const QString& text) { return metrics.horizontalAdvance(text) + 34; };
     const QString heading = model.headerData(column, Qt::Horizontal, Qt::DisplayRole).toString();
     const int marked = wide(heading) + 16; // with the arrow of the sorting
     switch (column) {
