@@ -33,6 +33,7 @@ FoldersTree::FoldersTree(QWidget* parent)
           [this](const QList<PlusAnswer>& answers) { TakePlus(answers); })) {
     setColumnCount(1);
     setHeaderHidden(true);
+    setHeaderLabel({}); // or it is read aloud as "1"
     setUniformRowHeights(true);
     setTextElideMode(Qt::ElideMiddle);
     setContextMenuPolicy(Qt::CustomContextMenu);
