@@ -7,6 +7,7 @@
 #include <sqlite3.h>
 
 #include <algorithm>
+#include <limits>
 #include <utility>
 
 namespace engine {
@@ -350,6 +351,7 @@ std::size_t PostingList::Count() const {
 }
 
 void PostingList::Places(std::vector<std::uint32_t>& places) const {
+    constexpr std::uint64_t kLastPlace = std::numeric_limits<std::uint32_t>::max();
     const std::string_view coded = m_segments[m_current].Coded();
     const std::size_t before = places.size();
     places.resize(before + coded.size()); // no more of them than bytes
@@ -364,11 +366,13 @@ void PostingList::Places(std::vector<std::uint32_t>& places) const {
             step = reader.Number();
             at = reader.At();
         }
-        if (step < 2) // there is one column only
+        if (step < 2 || step > kLastPlace) // there is one column only
             Corrupt();
         place += step - 2;
         *out++ = static_cast<std::uint32_t>(place);
     }
+    if (place > kLastPlace)
+        Corrupt();
     places.resize(static_cast<std::size_t>(out - places.data()));
 }
 

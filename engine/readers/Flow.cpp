@@ -267,6 +267,12 @@ void Flow::EndLine() {
         Break();
 }
 
+void Flow::Field(std::string_view name, std::string_view value) {
+    EndParagraph();
+    FlushText();
+    m_out->Field(name, value);
+}
+
 void Flow::Picture(std::string_view mime, std::string_view bytes,
                    std::string_view alternativeText) {
     Blank();

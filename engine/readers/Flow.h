@@ -49,6 +49,10 @@ class Flow {
     // whether pictures are wanted or not.
     void Picture(std::string_view mime, std::string_view bytes, std::string_view alternativeText);
 
+    // A property that is told in the midst of the text: it comes where it stands, whether pictures
+    // are wanted or not.
+    void Field(std::string_view name, std::string_view value);
+
     // What comes between is put behind the paragraph that is open: a comment, a note or a text
     // box must not tear the sentence that it is anchored in. They nest.
     void BeginAside();

@@ -65,7 +65,7 @@ void RtfReading::SkipGroup() {
 void RtfReading::EndJob(const RtfMeaning& job) {
     switch (job.word) {
     case RtfWord::Field:
-        m_sink.Field(RtfFieldName(job.argument), TrimRtfValue(m_value));
+        CurrentFlow().Field(RtfFieldName(job.argument), TrimRtfValue(m_value));
         break;
     case RtfWord::PropertyName:
         m_propertyName = TrimRtfValue(m_value);
@@ -74,7 +74,7 @@ void RtfReading::EndJob(const RtfMeaning& job) {
         break;
     case RtfWord::PropertyValue:
         if (!m_propertyName.empty())
-            m_sink.Field(m_propertyName, TrimRtfValue(m_value));
+            CurrentFlow().Field(m_propertyName, TrimRtfValue(m_value));
         break;
     case RtfWord::ListText:
         Blocks().SetListText(m_value, job.argument != 0);

@@ -4,6 +4,8 @@
 # SECONDS for each target; 0 only replays. Without names all targets run. A new input that breaks a
 # promise is left in the build folder, in findings/TARGET, and the command to repeat it is printed.
 # VELMORA_FUZZ_SEED: a number makes runs alike; without it each one goes its own way.
+# VELMORA_FUZZ_RUNS: ends a target after so many inputs, however long they take: with a seed the
+# outcome is then the same on every machine.
 # SPDX-License-Identifier: AGPL-3.0-or-later
 set -uo pipefail
 folder="$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)"
@@ -56,6 +58,7 @@ run_target() {
   else
     options+=(-runs=0)
   fi
+  [ -z "${VELMORA_FUZZ_RUNS:-}" ] || options+=("-runs=$VELMORA_FUZZ_RUNS")
   VELMORA_FUZZ_TARGET="$target" nice -n 19 "$fuzzer" "${options[@]}" "$grown" \
     "$folder/corpus/$target" >"$found/log" 2>&1
 }
