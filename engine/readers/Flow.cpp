@@ -276,10 +276,9 @@ void Flow::Field(std::string_view name, std::string_view value) {
 void Flow::Picture(std::string_view mime, std::string_view bytes,
                    std::string_view alternativeText) {
     Blank();
-    if (!bytes.empty()) {
-        FlushText();
+    FlushText(); // also where pictures are not wanted: what follows must not come before the text
+    if (!bytes.empty())
         m_out->Picture(mime, bytes, alternativeText);
-    }
     Collapse(alternativeText);
     Blank();
 }

@@ -175,8 +175,8 @@ void RtfReading::PutPicture() {
     const Group& around = m_groups[m_groups.size() - 2];
     if (around.into != Into::Body || around.deleted || m_html)
         return;
-    if (!bytes.empty() || !alternative.empty())
-        Blocks().Picture(around.form, HeadingOf(around.form), mime, bytes, alternative);
+    // Also where none is wanted or can be shown: the words around it must not depend on that.
+    Blocks().Picture(around.form, HeadingOf(around.form), mime, bytes, alternative);
 }
 
 void RtfReading::ShapeValue() {

@@ -16,7 +16,7 @@
 namespace engine {
 namespace {
 
-// The part that holds the texts that cells share.
+// Cells share texts, which stand in a file of their own.
 class SharedTextPart final : public XmlHandler {
   public:
     explicit SharedTextPart(SharedTexts& texts) : m_texts(texts) {}
